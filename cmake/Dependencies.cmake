@@ -1,0 +1,19 @@
+# What scripts/setup installs, as targets. The program links the first five and nothing else.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
+pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
+pkg_check_modules(UBOOTENV REQUIRED IMPORTED_TARGET libubootenv)
+
+find_package(Boost 1.77 REQUIRED)
+
+find_path(MAGIC_ENUM_INCLUDE_DIR magic_enum/magic_enum.hpp REQUIRED)
+add_library(kelp_magic_enum INTERFACE)
+target_include_directories(kelp_magic_enum SYSTEM INTERFACE ${MAGIC_ENUM_INCLUDE_DIR})
+
+if(KELP_HOST_TOOLS)
+  find_package(GTest REQUIRED)
+  find_package(CLI11 REQUIRED)
+endif()
+if(KELP_BENCH)
+  find_package(benchmark REQUIRED)
+endif()
