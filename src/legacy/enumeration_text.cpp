@@ -1,0 +1,31 @@
+#include "legacy/enumeration_text.h"
+
+#include <typeinfo>
+
+#include "platform/enumeration_names.h"
+#include "platform/exceptions.h"
+
+namespace KELP::Wifi::Updater {
+namespace {
+
+template <typename Enumeration>
+Enumeration ToEnumerator(const std::string& text) {
+  const auto value = EnumeratorNamed<Enumeration>(text);
+  if (!value) {
+    throw RuntimeError("Failed to convert string to enum class [%s]: %s", typeid(Enumeration).name(),
+                       text.c_str());
+  }
+  return *value;
+}
+
+}  // namespace
+
+CountryCode ToCountryCode(const std::string& text) {
+  return ToEnumerator<CountryCode>(text);
+}
+
+Util::SupportedModel ToSupportedModel(const std::string& text) {
+  return ToEnumerator<Util::SupportedModel>(text);
+}
+
+}  // namespace KELP::Wifi::Updater

@@ -1,0 +1,16 @@
+#include "legacy/network_value.h"
+
+#include "legacy/legacy_value.h"
+
+namespace KELP::Wifi::Updater {
+
+std::string GuestKey(std::string_view key, bool is_guest) {
+  const bool is_prefixed = is_guest && key != "pmf_mode";
+  return std::string(is_prefixed ? "guest_" : "").append(key);
+}
+
+std::string ReadNetworkValue(const NetworkSource& source, std::string_view key) {
+  return ReadLegacyValue(source.file, GuestKey(key, source.isGuest), "");
+}
+
+}  // namespace KELP::Wifi::Updater
