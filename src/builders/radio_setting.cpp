@@ -1,0 +1,40 @@
+#include "builders/radio_setting.h"
+
+#include <string>
+
+#include "legacy/device_facts.h"
+#include "legacy/interface_mac.h"
+#include "legacy/legacy_value.h"
+#include "legacy/vocabularies.h"
+
+namespace KELP::Wifi::Updater {
+
+using Util::RadioFrequency;
+
+std::vector<RadioFrequency> GetRadioFrequencies(const UpdateContext& context) {
+  const bool is_dual_band =
+      context.model == Util::SupportedModel::ORCHID && context.meshRole == MeshRole::Standalone;
+  if (is_dual_band) return {RadioFrequency::AllBands, RadioFrequency::Band2_4GHz, RadioFrequency::Band5GHz};
+  return {RadioFrequency::AllBands, RadioFrequency::Band2_4GHz, RadioFrequency::Band5GHz_1,
+          RadioFrequency::Band5GHz_2};
+}
+
+RadioSetting BuildRadioSetting(const UpdateContext& context, RadioFrequency frequency) {
+  const std::string file = GetAccessPointFilePath(context, frequency);
+  const auto text = [&](std::string_view key) { return ReadLegacyValue(file, key, ""); };
+
+  RadioSetting setting;
+  setting.frequency = frequency;
+  setting.channel = ParseLegacyInt(text("channel"), 0);
+  setting.channel2 = ParseLegacyInt(text("channel2"), 0);
+  setting.bandwidth = ToBandwidth(file, frequency);
+  setting.mode = ToWirelessMode(text("mode"), frequency);
+  setting.txPower = ToTxPower(text("tx_power"));
+  setting.allowDFSChannels = IsYes(text("allow_dfs_channels"));
+  setting.usb3Enabled = IsUSB3Enabled();
+  setting.thirdFlag = false;
+  setting.fourthFlag = true;
+  return setting;
+}
+
+}  // namespace KELP::Wifi::Updater
