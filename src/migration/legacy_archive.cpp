@@ -1,0 +1,26 @@
+#include "migration/legacy_archive.h"
+
+#include <filesystem>
+
+#include "platform/durable_file.h"
+#include "platform/format_text.h"
+
+namespace KELP::Wifi::Updater {
+namespace {
+
+constexpr const char* kParent = "/usr/kelp/etc/wifi/";
+constexpr const char* kArchive = "/usr/kelp/etc/wifi/legacy/";
+
+}  // namespace
+
+void ArchiveLegacyFiles(const std::set<std::string>& files) {
+  // A file that reaches the disk in the archive must find the archive there after a power cut.
+  if (std::filesystem::create_directories(kArchive)) FlushDirectory(kParent);
+
+  for (const std::string& file : files) {
+    const std::string name = std::filesystem::path(file).filename();
+    std::filesystem::rename(file, FormatText("%s%s", kArchive, name.c_str()));
+  }
+}
+
+}  // namespace KELP::Wifi::Updater

@@ -1,0 +1,76 @@
+#include "migration/migrate_13_global_files.h"
+
+#include <filesystem>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+#include "legacy/device_facts.h"
+#include "legacy/enumeration_text.h"
+#include "legacy/legacy_value.h"
+#include "migration/document_paths.h"
+#include "platform/json_serializer.h"
+#include "platform/json_util.h"
+#include "platform/records/global_data.h"
+
+namespace KELP::Wifi::Updater {
+namespace {
+
+namespace JsonUtil = Util::JsonUtil;
+using Util::SupportedModel;
+
+constexpr const char* kModelFile = "/usr/kelp/etc/wifi/model.json";
+constexpr const char* kCountryFile = "/usr/kelp/etc/wifi/country.json";
+constexpr const char* kBackhaulFile = "/usr/kelp/etc/wifi/backhaul.json";
+constexpr const char* kMeshRoleFile = "/usr/kelp/etc/mesh/mesh_role.conf";
+
+void RequireOldFiles() {
+  for (const char* file : {kModelFile, kCountryFile, kBackhaulFile}) {
+    if (!std::filesystem::exists(file)) throw std::runtime_error("some old config files are not existed.");
+  }
+}
+
+std::set<SupportedModel> ReadConnectedModels() {
+  const Json::Value names = JsonUtil::GetArray(JsonUtil::LoadJsonFromFile(kModelFile), "connected_models");
+  std::set<SupportedModel> models;
+  for (const Json::Value& name : names) models.insert(ToSupportedModel(name.asString()));
+  return models;
+}
+
+CountryCode ReadCountryCode() {
+  return ToCountryCode(JsonUtil::GetString(JsonUtil::LoadJsonFromFile(kCountryFile), "country_code"));
+}
+
+bool ReadBackhaulSwap() {
+  const Json::Value bands =
+      JsonUtil::GetArray(JsonUtil::LoadJsonFromFile(kBackhaulFile), "radio_frequencies");
+  for (const Json::Value& band : bands) {
+    const std::string name = band.asString();
+    if (name == "Band5GHz_2") return true;
+    if (name == "Band5GHz_1") return false;
+  }
+  return false;
+}
+
+}  // namespace
+
+void Migrate13GlobalFiles(const UpdateContext& /*context*/) {
+  RequireOldFiles();
+  const std::set<SupportedModel> connected_models = ReadConnectedModels();
+  const CountryCode country = ReadCountryCode();
+  const bool backhaul_swapped = ReadBackhaulSwap();
+
+  Daemon::GlobalData data;
+  data.SetLogLevel(Util::LogLevel{2});
+  data.SetDefaultModel(GetSupportedModel());
+  const bool is_repeater = ReadLegacyValue(kMeshRoleFile, "role", "") == "re";
+  data.SetMeshInfo({connected_models, is_repeater});
+  data.SetCountryCodeSetting({country});
+  data.SetBackhaulSwapped(backhaul_swapped);
+  JsonUtil::SaveJsonToFile(kGlobalDocument, Util::JsonSerializer::Serialize(data));
+
+  std::filesystem::remove(kModelFile);
+  std::filesystem::remove(kCountryFile);
+}
+
+}  // namespace KELP::Wifi::Updater
