@@ -1,0 +1,49 @@
+#include "cli/update_handler.h"
+
+#include <exception>
+
+#include "cli/console.h"
+#include "legacy/device_facts.h"
+#include "migration/migrate_125_to_13.h"
+#include "migration/migrate_13_global_files.h"
+#include "platform/log.h"
+
+namespace KELP::Wifi::Updater {
+namespace {
+
+constexpr std::int32_t kFirstBuildOf13 = 8228;
+constexpr std::int32_t kFirstBuildWithNewConfig = 9225;
+
+UpdateContext GatherContext(const std::string& build_number) {
+  UpdateContext context;
+  context.buildNumber = std::stoi(build_number);
+  context.meshRole = GetMeshRole();
+  context.model = GetSupportedModel();
+  return context;
+}
+
+}  // namespace
+
+int UpdateConfig(const std::string& build_number) {
+  try {
+    DispatchUpdate(GatherContext(build_number));
+    return 0;
+  } catch (const std::exception& error) {
+    Log(LOG_ERR, "%s:%d Failed to update config, error: %s, buildNumber: %s", 954, error.what(),
+        build_number.c_str());
+    WriteToStandardError({"Failed to update config, error: ", error.what(), "\n"});
+    return 1;
+  }
+}
+
+void DispatchUpdate(const UpdateContext& context) {
+  if (context.buildNumber < kFirstBuildOf13) {
+    Migrate125To13(context);
+  } else if (context.buildNumber < kFirstBuildWithNewConfig) {
+    Migrate13GlobalFiles(context);
+  } else {
+    Log(LOG_WARNING, "%s:%d update nothing from %d.", 120, context.buildNumber);
+  }
+}
+
+}  // namespace KELP::Wifi::Updater
