@@ -21,4 +21,5 @@ else()
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 endif()
 
-target_link_options(kelp_compiler_settings INTERFACE -Wl,-z,relro,-z,now)
+target_compile_options(kelp_compiler_settings INTERFACE -ffunction-sections -fdata-sections)
+target_link_options(kelp_compiler_settings INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections -Wl,-O1)

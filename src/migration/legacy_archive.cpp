@@ -18,7 +18,7 @@ void ArchiveLegacyFiles(const std::set<std::string>& files) {
   if (std::filesystem::create_directories(kArchive)) FlushDirectory(kParent);
 
   for (const std::string& file : files) {
-    const std::string name = std::filesystem::path(file).filename();
+    const std::string name = file.substr(file.rfind('/') + 1);
     std::filesystem::rename(file, FormatText("%s%s", kArchive, name.c_str()));
   }
 }

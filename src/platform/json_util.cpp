@@ -1,17 +1,15 @@
 #include "platform/json_util.h"
 
 #include <json/reader.h>
-#include <json/writer.h>
 
 #include <algorithm>
 #include <exception>
 #include <memory>
-#include <ostream>
 #include <stdexcept>
-#include <streambuf>
 
 #include "platform/durable_file.h"
 #include "platform/file_content.h"
+#include "platform/json_text.h"
 
 namespace KELP::Wifi::Util::JsonUtil {
 namespace {
@@ -31,29 +29,6 @@ const Json::Value& GetMember(const Json::Value& value, const std::string& name, 
   if (member->type() != type) throw std::runtime_error("member " + name + " is no " + kind);
   return *member;
 }
-
-std::unique_ptr<Json::StreamWriter> MakeWriter() {
-  Json::StreamWriterBuilder builder;
-  builder["commentStyle"] = "None";
-  builder["indentation"] = "\t";
-  builder["emitUTF8"] = true;
-  return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
-}
-
-/// A stream's text without the bookkeeping of a string stream, which costs more than the text itself.
-struct TextBuffer : std::streambuf {
-  std::string text;
-
- protected:
-  std::streamsize xsputn(const char* bytes, std::streamsize count) override {
-    text.append(bytes, static_cast<std::size_t>(count));
-    return count;
-  }
-  int_type overflow(int_type byte) override {
-    text.push_back(traits_type::to_char_type(byte));
-    return byte;
-  }
-};
 
 }  // namespace
 
@@ -76,13 +51,7 @@ Json::Value LoadJsonFromFile(const std::string& path) {
 }
 
 void SaveJsonToFile(const std::string& path, const Json::Value& document) {
-  static const std::unique_ptr<Json::StreamWriter> writer(MakeWriter());
-  TextBuffer buffer;
-  std::ostream stream(&buffer);
-  stream.exceptions(std::ios::badbit);  // memory that runs out is a failure, not a shorter document
-  writer->write(document, &stream);
-  buffer.text += '\n';
-  ReplaceFile(path, buffer.text);
+  ReplaceFile(path, ToIndentedText(document) + '\n');
 }
 
 std::string GetString(const Json::Value& value, const std::string& name) {

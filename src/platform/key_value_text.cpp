@@ -1,5 +1,7 @@
 #include "platform/key_value_text.h"
 
+#include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "platform/entry_lines.h"
@@ -7,22 +9,24 @@
 namespace KELP::Wifi {
 
 KeyValueText::KeyValueText(std::string text) : text_(std::move(text)) {
+  if (text_.size() > std::numeric_limits<std::uint32_t>::max())
+    throw std::length_error("text of 4 GiB or more");
   std::string_view rest = text_;
   while (!rest.empty()) {
     const std::size_t start = text_.size() - rest.size();
-    if (ParseEntry(TakeLine(rest))) lines_.push_back(start);
+    if (const auto entry = ParseEntry(TakeLine(rest))) {
+      entries_.push_back({static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(entry->key.size())});
+    }
   }
 }
 
 std::optional<std::string_view> KeyValueText::Find(std::string_view key) const {
   const std::string_view text = text_;
-  for (const std::size_t start : lines_) {
-    // Most lines hold another key: the byte behind the key tells nearly all of them without a comparison.
-    const std::size_t equals = start + key.size();
-    if (equals >= text.size() || text[equals] != '=' || text.substr(start, key.size()) != key) continue;
-    std::string_view rest = text.substr(start);
-    const std::optional<Entry> entry = ParseEntry(TakeLine(rest));
-    if (entry->key == key) return entry->value;  // it differs when `key` itself holds a '=' or a LF
+  for (const Place& place : entries_) {
+    // The lengths tell nearly all other keys apart without a look at the text.
+    if (place.key_length != key.size() || text.substr(place.start, place.key_length) != key) continue;
+    std::string_view rest = text.substr(place.start);
+    return ParseEntry(TakeLine(rest))->value;
   }
   return std::nullopt;
 }

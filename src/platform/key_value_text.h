@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +14,7 @@ namespace KELP::Wifi {
 /// entries with one key the first counts. Costs one word a line beside the text itself.
 class KeyValueText {
  public:
+  /// Throws std::length_error for a text of 4 GiB or more.
   explicit KeyValueText(std::string text);
 
   /// The value of `key`, compared whole and byte for byte; none where no entry has it. Valid as long as this
@@ -21,8 +22,13 @@ class KeyValueText {
   std::optional<std::string_view> Find(std::string_view key) const;
 
  private:
+  struct Place {
+    std::uint32_t start;  // of the entry's line, and so of its key
+    std::uint32_t key_length;
+  };
+
   std::string text_;
-  std::vector<std::size_t> lines_;  // where each entry's line starts, in file order
+  std::vector<Place> entries_;  // in file order
 };
 
 }  // namespace KELP::Wifi

@@ -25,14 +25,17 @@ class RememberedFiles {
   /// The file at `path` as it is now; valid until the next call for the same path.
   /// Throws as ReadRegularFile does, and what the constructor of `Parsed` throws; nothing is remembered then.
   const Parsed& Get(const std::string& path) {
-    auto found = files_.find(path);
-    if (found != files_.end()) {
-      if (found->second.stamp && found->second.stamp == CurrentStamp(path)) return found->second.parsed;
-      files_.erase(found);
+    // Most calls ask for the file that the call before asked for.
+    if (latest_ == files_.end() || latest_->first != path) latest_ = files_.find(path);
+    if (latest_ != files_.end()) {
+      const Remembered& remembered = latest_->second;
+      if (remembered.stamp && remembered.stamp == CurrentStamp(path)) return remembered.parsed;
+      files_.erase(std::exchange(latest_, files_.end()));
     }
     FileContent content = ReadRegularFile(path);
     const auto stamp = content.settled ? std::optional(content.stamp) : std::nullopt;
-    return files_.try_emplace(path, stamp, std::move(content.bytes)).first->second.parsed;
+    latest_ = files_.try_emplace(path, stamp, std::move(content.bytes)).first;
+    return latest_->second.parsed;
   }
 
  private:
@@ -51,6 +54,7 @@ class RememberedFiles {
   }
 
   std::map<std::string, Remembered> files_;
+  typename std::map<std::string, Remembered>::iterator latest_ = files_.end();
 };
 
 }  // namespace KELP::Wifi
