@@ -64,8 +64,10 @@ int KELPUSBGetUSB3DisableUbootEnv() {
   uboot_ctx* made = nullptr;
   if (libuboot_initialize(&made, nullptr) < 0) return -1;
   const std::unique_ptr<uboot_ctx, Exit> context(made);
-  if (libuboot_read_config(made, kConfiguration) < 0 || libuboot_open(made) < 0) return -1;
+  if (libuboot_read_config(made, kConfiguration) < 0) return -1;
+  // Closed even when it cannot be opened: the library keeps its lock then, and would wait for itself at the next call.
   const std::unique_ptr<uboot_ctx, Close> environment(made);
+  if (libuboot_open(made) < 0) return -1;
 
   const std::unique_ptr<char, Free> value(libuboot_get_env(made, kVariable));
   const bool disabled = value != nullptr && value.get()[0] != '\0' && std::strcmp(value.get(), "0") != 0;
