@@ -21,11 +21,10 @@ void ThrowUnless(bool succeeded, const char* action, const std::string& path) {
   throw std::system_error(error, std::generic_category(), std::string(action) + " " + path);
 }
 
+/// -1, with errno, when it cannot be opened.
 FileDescriptor OpenDirectory(const std::string& path) {
-  FileDescriptor directory(
+  return FileDescriptor(
       RetryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-  ThrowUnless(directory.IsOpen(), "cannot open directory", path);
-  return directory;
 }
 
 void Flush(const FileDescriptor& file, const std::string& path) {
@@ -64,6 +63,7 @@ void ReplaceFile(const std::string& path, std::string_view bytes) {
   const std::string target = path.substr(slash + 1);
   // Opened before anything is written: once the rename is done nothing but its flush may still fail.
   const FileDescriptor directory = OpenDirectory(path.substr(0, slash + 1));
+  ThrowUnless(directory.IsOpen(), "cannot open the directory of", path);
 
   std::string name = target + ".new";
   FileDescriptor file = CreateExclusively(directory, name.c_str());
@@ -85,7 +85,9 @@ void ReplaceFile(const std::string& path, std::string_view bytes) {
 }
 
 void FlushDirectory(const std::string& path) {
-  Flush(OpenDirectory(path), path);
+  const FileDescriptor directory = OpenDirectory(path);
+  ThrowUnless(directory.IsOpen(), "cannot open directory", path);
+  Flush(directory, path);
 }
 
 }  // namespace KELP::Wifi

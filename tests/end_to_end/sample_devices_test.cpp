@@ -1,0 +1,114 @@
+// The real program on each sample device, from its files to the last byte of what is there afterwards.
+#include <gtest/gtest.h>
+#include <syslog.h>
+
+#include <algorithm>
+#include <ostream>
+#include <string>
+
+#include "tests/end_to_end/expected_run.h"
+#include "tests/end_to_end/updater_run.h"
+#include "tests/support/log_lines.h"
+
+namespace end_to_end {
+namespace {
+
+struct Sample {
+  std::string device;
+  std::string build;
+  std::string failure;  // empty for a run that succeeds
+};
+
+std::ostream& operator<<(std::ostream& out, const Sample& sample) {
+  return out << sample.device;
+}
+
+class SampleDevices : public ::testing::TestWithParam<Sample> {};
+
+TEST_P(SampleDevices, IsMigratedAsExpected) {
+  const Sample& sample = GetParam();
+  lab::PrivateRoot device(Image(sample.device));
+
+  const lab::RunResult run = UpdateFrom(device, sample.build);
+
+  if (sample.failure.empty()) {
+    ExpectSuccess(run);
+  } else {
+    ExpectFailure(run, sample.build, sample.failure);
+  }
+  const ExpectedRun expected(sample.device);
+  EXPECT_EQ(testing_support::PrintLog(run.log), expected.Log());
+  expected.ExpectDocuments(run.after);
+  expected.ExpectPaths(run);
+}
+
+TEST_P(SampleDevices, LogsUnderItsOwnNameAndTheDefaultFacility) {
+  lab::PrivateRoot device(Image(GetParam().device));
+  device.Remove(kMesh);  // so that each of them logs a line, or is a repeater
+
+  for (const lab::LogLine& line : UpdateFrom(device, GetParam().build).log) {
+    EXPECT_EQ(line.ident, "kelpwifiupdater") << line.message;
+    EXPECT_EQ(line.facility, LOG_USER) << line.message;
+  }
+}
+
+// Whatever the caller's umask is: what is open to nobody else, and what is not closed by it.
+TEST_P(SampleDevices, DocumentsAreForTheDaemonAlone) {
+  for (const mode_t umask : {0000U, 0077U, 0777U}) {
+    lab::PrivateRoot device(Image(GetParam().device));
+    lab::RunOptions options;
+    options.umask = umask;
+
+    const lab::RunResult run = UpdateFrom(device, GetParam().build, options);
+
+    const auto document = run.after.find(kWifi + "global.json");
+    ASSERT_NE(document, run.after.end());
+    EXPECT_EQ(document->second.mode, mode_t{0600});
+  }
+}
+
+TEST_P(SampleDevices, RunsWithClosedStandardStreams) {
+  lab::PrivateRoot device(Image(GetParam().device));
+  lab::RunOptions options;
+  options.close_standard_streams = true;
+
+  const lab::RunResult run = UpdateFrom(device, GetParam().build, options);
+
+  EXPECT_EQ(run.status, GetParam().failure.empty() ? 0 : 1);
+  const ExpectedRun expected(GetParam().device);
+  expected.ExpectDocuments(run.after);
+  expected.ExpectPaths(run);
+}
+
+TEST_P(SampleDevices, RunsWithoutALogDaemon) {
+  lab::PrivateRoot device(Image(GetParam().device));
+  lab::RunOptions options;
+  options.collect_log = false;
+
+  const lab::RunResult run = UpdateFrom(device, GetParam().build, options);
+
+  EXPECT_EQ(run.status, GetParam().failure.empty() ? 0 : 1);
+  const ExpectedRun expected(GetParam().device);
+  expected.ExpectDocuments(run.after);
+  expected.ExpectPaths(run);
+}
+
+std::string TestName(const ::testing::TestParamInfo<Sample>& sample) {
+  std::string name = sample.param.device;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, SampleDevices,
+    ::testing::Values(Sample{"dual-band-standalone", "8000", ""}, Sample{"tri-band-mesh-router", "8227", ""},
+                      Sample{"tri-band-repeater", "7915", ""}, Sample{"dual-band-bridge", "8017", ""},
+                      Sample{"failing-archive", "8000",
+                             "filesystem error: cannot rename: No such file or directory "
+                             "[/usr/kelp/etc/wifi/lbd.guest.conf] "
+                             "[/usr/kelp/etc/wifi/legacy/lbd.guest.conf]"},
+                      Sample{"release-13-mesh", "9000", ""}),
+    TestName);
+
+}  // namespace
+}  // namespace end_to_end

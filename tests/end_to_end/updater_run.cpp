@@ -1,0 +1,82 @@
+#include "tests/end_to_end/updater_run.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "tests/support/log_lines.h"
+
+namespace end_to_end {
+namespace {
+
+constexpr std::string_view kFailure = "Failed to update config, error: ";
+
+std::string WithoutKey(const std::string& text, const std::string& key) {
+  std::istringstream lines(text);
+  std::string kept;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.compare(0, key.size() + 1, key + "=") != 0) kept += line + "\n";
+  }
+  return kept;
+}
+
+}  // namespace
+
+std::filesystem::path Image(std::string_view name) {
+  return std::filesystem::path(KELP_DEVICES) / name;
+}
+
+lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::string>& arguments,
+                          const lab::RunOptions& options) {
+  return lab::RunProgram(device, KELP_PROGRAM, arguments, options);
+}
+
+lab::RunResult UpdateFrom(lab::PrivateRoot& device, const std::string& build,
+                          const lab::RunOptions& options) {
+  return RunUpdater(device, {"--update-config", build}, options);
+}
+
+void SetInformation(lab::PrivateRoot& device, const std::string& key, const std::string& value) {
+  device.Write(kInformation, WithoutKey(device.Read(kInformation), key) + key + "=" + value + "\n");
+}
+
+void DropKey(lab::PrivateRoot& device, const std::string& path, const std::string& key) {
+  device.Write(path, WithoutKey(device.Read(path), key));
+}
+
+void ExpectSuccess(const lab::RunResult& run) {
+  EXPECT_FALSE(run.timed_out);
+  EXPECT_EQ(run.signal, 0);
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "");
+}
+
+std::string ExpectFailure(const lab::RunResult& run, const std::string& build) {
+  EXPECT_FALSE(run.timed_out);
+  EXPECT_EQ(run.signal, 0);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  if (run.err.size() <= kFailure.size() || run.err.compare(0, kFailure.size(), kFailure) != 0 ||
+      run.err.back() != '\n') {
+    ADD_FAILURE() << "standard error is no failure line: " << run.err;
+    return "";
+  }
+  const std::string what = run.err.substr(kFailure.size(), run.err.size() - kFailure.size() - 1);
+
+  const testing_support::LogLines log = testing_support::PrintLog(run.log);
+  const std::string line =
+      testing_support::Error(954, std::string(kFailure) + what + ", buildNumber: " + build);
+  if (log.empty()) {
+    ADD_FAILURE() << "nothing was logged";
+  } else {
+    EXPECT_EQ(log.back(), line);
+  }
+  return what;
+}
+
+void ExpectFailure(const lab::RunResult& run, const std::string& build, const std::string& what) {
+  EXPECT_EQ(ExpectFailure(run, build), what);
+}
+
+}  // namespace end_to_end
