@@ -6,7 +6,14 @@ pkg_check_modules(UBOOTENV REQUIRED IMPORTED_TARGET libubootenv)
 
 find_package(Boost 1.77 REQUIRED)
 
-find_path(MAGIC_ENUM_INCLUDE_DIR magic_enum/magic_enum.hpp REQUIRED)
+find_path(MAGIC_ENUM_INCLUDE_DIR magic_enum/magic_enum.hpp)
+if(NOT MAGIC_ENUM_INCLUDE_DIR)
+  # Before its release 0.9.6 the library had its headers one folder higher.
+  find_path(MAGIC_ENUM_PARENT_DIR magic_enum.hpp REQUIRED)
+  set(MAGIC_ENUM_INCLUDE_DIR ${CMAKE_BINARY_DIR}/forwarding)
+  file(CONFIGURE OUTPUT ${MAGIC_ENUM_INCLUDE_DIR}/magic_enum/magic_enum.hpp
+    CONTENT "#include \"${MAGIC_ENUM_PARENT_DIR}/magic_enum.hpp\"\n")
+endif()
 add_library(kelp_magic_enum INTERFACE)
 target_include_directories(kelp_magic_enum SYSTEM INTERFACE ${MAGIC_ENUM_INCLUDE_DIR})
 

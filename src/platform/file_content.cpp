@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr std::size_t kSmallestRead = 512;
-constexpr std::size_t kLargestFirstReservation = 1024 * 1024;
+constexpr std::size_t kLargestFirstReservation = 64UL * 1024 * 1024;
 
 std::int64_t Nanoseconds(const timespec& time) {
   return std::int64_t{time.tv_sec} * kNanosecondsPerSecond + time.tv_nsec;

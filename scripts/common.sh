@@ -1,0 +1,39 @@
+# shellcheck shell=bash
+# What the commands of this folder share. Sourced, never run.
+
+root=$(cd -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/.." >/dev/null && pwd)
+# Used by the scripts that source this file.
+# shellcheck disable=SC2034
+jobs=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
+
+say() { printf '%s: %s\n' "${0##*/}" "$*"; }
+
+fail() {
+  printf '%s: %s\n' "${0##*/}" "$*" >&2
+  exit 1
+}
+
+# Every preset has a folder of its own: build, build-debug and so on, or the same beside KELP_BUILD_DIR
+# where the checkout cannot be written or should stay clean.
+KELP_BUILD_DIR=$(realpath -m -- "${KELP_BUILD_DIR:-$root/build}")
+export KELP_BUILD_DIR
+build_folder() {
+  case $1 in
+    release) printf '%s\n' "$KELP_BUILD_DIR" ;;
+    *) printf '%s\n' "$KELP_BUILD_DIR-$1" ;;
+  esac
+}
+
+# From here on the folder that a command was given in, which may be one that this user cannot even read, no
+# longer matters.
+cd -- "$root" || exit 1
+
+# The sources in the given folders, as far as there are such, each name ended by a NUL.
+source_files() {
+  local folder present=()
+  for folder in "$@"; do
+    [ ! -d "$folder" ] || present+=("$folder")
+  done
+  [ ${#present[@]} -eq 0 ] ||
+    find "${present[@]}" -type f \( -name '*.cpp' -o -name '*.h' -o -name '*.c' \) -print0 | sort -z
+}
