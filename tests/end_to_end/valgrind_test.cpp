@@ -17,7 +17,7 @@ class Valgrind : public testing::TestWithParam<std::pair<const char*, const char
 
 TEST_P(Valgrind, FindsNothingInAMigration) {
   if (lab::kSanitizedBuild) GTEST_SKIP() << "the sanitizers look for the same";
-  if (!std::filesystem::exists(kValgrind)) GTEST_SKIP() << "valgrind is not installed: scripts/setup check";
+  if (!std::filesystem::exists(kValgrind)) GTEST_SKIP() << "valgrind is not installed: scripts/setup";
   const auto [image, build] = GetParam();
   lab::PrivateRoot device{Image(image)};
   lab::RunOptions options;
