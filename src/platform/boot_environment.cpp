@@ -22,7 +22,10 @@ namespace {
 constexpr const char* kConfiguration = "/etc/fw_env.config";
 constexpr const char* kLock = "/var/lock/fw_printenv.lock";
 constexpr const char* kVariable = "usb3_disable";
-constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kBlanks = " \t\r\v\f";
+constexpr int kHexadecimal = 16;
+constexpr unsigned long long kSmallestEnvironment = 64;
+constexpr unsigned long long kLargestEnvironment = 16ULL * 1024 * 1024;
 
 struct Exit {
   void operator()(uboot_ctx* context) const { libuboot_exit(context); }
@@ -40,16 +43,31 @@ bool NamesFifo(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-/// The configuration names a device at the start of each line; none of them may be a FIFO.
-bool IsConfigurationSafe() {
+std::string TakeField(std::string_view& rest) {
+  rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
+  const std::string field(rest.substr(0, rest.find_first_of(kBlanks)));
+  rest.remove_prefix(field.size());
+  return field;
+}
+
+/// A line holds a device, an offset and a size in hexadecimal. The library trusts the size: it reads past the
+/// end of an environment that is smaller than its own header.
+bool IsUsable(std::string_view line) {
+  if (line.starts_with('#')) return true;
+  const std::string device = TakeField(line);
+  const std::string offset = TakeField(line);
+  const std::string size = TakeField(line);
+  if (size.empty()) return true;  // describes no environment
+  const unsigned long long bytes = std::strtoull(size.c_str(), nullptr, kHexadecimal);
+  return bytes >= kSmallestEnvironment && bytes <= kLargestEnvironment && !NamesFifo(device);
+}
+
+bool IsConfigurationUsable() {
   try {
     const std::string configuration = KELP::Wifi::ReadRegularFile(kConfiguration).bytes;
     std::string_view rest = configuration;
     while (!rest.empty()) {
-      const std::string_view line = KELP::Wifi::TakeLine(rest);
-      const std::size_t start = std::min(line.find_first_not_of(kBlanks), line.size());
-      const std::size_t end = std::min(line.find_first_of(kBlanks, start), line.size());
-      if (NamesFifo(std::string(line.substr(start, end - start)))) return false;
+      if (!IsUsable(KELP::Wifi::TakeLine(rest))) return false;
     }
     return !NamesFifo(kLock);
   } catch (const std::exception&) {
@@ -60,12 +78,13 @@ bool IsConfigurationSafe() {
 }  // namespace
 
 int KELPUSBGetUSB3DisableUbootEnv() {
-  if (!IsConfigurationSafe()) return -1;
+  if (!IsConfigurationUsable()) return -1;
   uboot_ctx* made = nullptr;
   if (libuboot_initialize(&made, nullptr) < 0) return -1;
   const std::unique_ptr<uboot_ctx, Exit> context(made);
   if (libuboot_read_config(made, kConfiguration) < 0) return -1;
-  // Closed even when it cannot be opened: the library keeps its lock then, and would wait for itself at the next call.
+  // Closed even when it cannot be opened: the library keeps its lock then, and would wait for itself at the
+  // next call.
   const std::unique_ptr<uboot_ctx, Close> environment(made);
   if (libuboot_open(made) < 0) return -1;
 

@@ -1,0 +1,54 @@
+#include "fuzz/support/captured_log.h"
+
+#include <syslog.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+std::vector<fuzz::LogLine>& Lines() {
+  static std::vector<fuzz::LogLine> lines;
+  return lines;
+}
+
+[[gnu::format(printf, 2, 0)]] void Append(int priority, const char* format, std::va_list arguments) {
+  std::va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, arguments);
+  std::string text(static_cast<std::size_t>(length), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, again);
+  va_end(again);
+  Lines().push_back({priority, std::move(text)});
+}
+
+}  // namespace
+
+// The linker puts these in the place of the C library's (--wrap); the second is what fortified code calls.
+extern "C" [[gnu::format(printf, 2, 3)]] void __wrap_syslog(int priority, const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  Append(priority, format, arguments);
+  va_end(arguments);
+}
+
+extern "C" [[gnu::format(printf, 3, 4)]] void __wrap___syslog_chk(int priority, int /*flag*/,
+                                                                  const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  Append(priority, format, arguments);
+  va_end(arguments);
+}
+
+namespace fuzz {
+
+std::vector<LogLine> TakeLogLines() {
+  return std::exchange(Lines(), {});
+}
+
+bool IsOneError(const std::vector<LogLine>& lines, const std::string& text) {
+  return lines.size() == 1 && lines.front().priority == LOG_ERR && lines.front().text == text;
+}
+
+}  // namespace fuzz
