@@ -1,0 +1,244 @@
+#include "platform/boot_environment.h"
+
+#include <gtest/gtest.h>
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "lab/in_root.h"
+#include "lab/private_root.h"
+#include "tests/platform/without_file_privileges.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+constexpr const char* kConfiguration = "/etc/fw_env.config";
+constexpr std::size_t kSize = 0x1000;
+
+std::uint32_t CRC32(std::string_view bytes) {
+  std::uint32_t crc = 0xFFFFFFFFU;
+  for (const char byte : bytes) {
+    crc ^= static_cast<unsigned char>(byte);
+    for (int bit = 0; bit < 8; ++bit) crc = crc >> 1U ^ ((crc & 1U) != 0 ? 0xEDB88320U : 0U);
+  }
+  return ~crc;
+}
+
+/// An environment of kSize bytes: checksum (little-endian), then `header` (empty, or the flags byte of a
+/// redundant copy), then `variables`, each with its NUL.
+std::string Environment(const std::string& variables, const std::string& header = "") {
+  std::string data = variables;
+  data.resize(kSize - 4 - header.size(), '\0');
+  const std::uint32_t crc = CRC32(data);
+  std::string checksum;
+  for (unsigned shift = 0; shift < 32; shift += 8) checksum += static_cast<char>(crc >> shift);
+  return checksum + header + data;
+}
+
+class BootEnvironment : public ::testing::Test {
+ protected:
+  BootEnvironment() {
+    device_.MakeDirectory("/var/lock");
+    device_.Write(kConfiguration, "/dev/environment 0x0 0x1000\n");
+    device_.Write("/dev/environment", Environment("bootdelay=3\0"s));
+  }
+
+  int Ask() {
+    const lab::InRoot inside(device_);
+    return KELPUSBGetUSB3DisableUbootEnv();
+  }
+  int AskWithVariables(const std::string& variables) {
+    device_.Write("/dev/environment", Environment(variables));
+    return Ask();
+  }
+
+  std::string HostPath(const std::string& device_path) const { return device_.Path().string() + device_path; }
+
+  /// Sets (or without a value removes) the variable as a person at the device's console does, with the real
+  /// tool.
+  void SetWithTool(const std::vector<std::string>& configuration_lines, const std::string& value) {
+    std::string text;
+    for (const std::string& line : configuration_lines) text += HostPath(line) + "\n";
+    device_.Write("/tool.config", text);
+    device_.Write("/default", "bootdelay=3\n");
+    const std::string command = "fw_setenv -c '" + HostPath("/tool.config") + "' -f '" +
+                                HostPath("/default") + "' usb3_disable " + value + " 2>/dev/null";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+  }
+
+  lab::PrivateRoot device_;
+};
+
+TEST_F(BootEnvironment, AbsentVariableIsZero) {
+  EXPECT_EQ(Ask(), 0);
+}
+
+TEST_F(BootEnvironment, EmptyVariableIsZero) {
+  EXPECT_EQ(AskWithVariables("usb3_disable=\0"s), 0);
+  EXPECT_EQ(AskWithVariables("a=1\0usb3_disable=\0b=2\0"s), 0);
+}
+
+TEST_F(BootEnvironment, ExactlyTheTextZeroIsZero) {
+  EXPECT_EQ(AskWithVariables("usb3_disable=0\0"s), 0);
+}
+
+TEST_F(BootEnvironment, AnythingElseIsOne) {
+  for (const auto* value :
+       {"1", "2", "-1", "00", "01", "yes", "no", "true", "false", "0 ", " 0", "0x0", "off"}) {
+    EXPECT_EQ(AskWithVariables("usb3_disable="s + value + "\0"s), 1) << value;
+  }
+}
+
+TEST_F(BootEnvironment, OtherVariablesDoNotCount) {
+  EXPECT_EQ(
+      AskWithVariables("usb3_disabled=1\0usb3_disable_=1\0usb3=1\0USB3_DISABLE=1\0my_usb3_disable=1\0"s), 0);
+}
+
+TEST_F(BootEnvironment, EnvironmentOfTheRealToolIsUnderstood) {
+  device_.Write("/dev/environment", std::string(kSize, '\0'));
+  const std::vector<std::string> lines{"/dev/environment 0x0 0x1000"};
+  SetWithTool(lines, "1");
+  EXPECT_EQ(Ask(), 1);
+  SetWithTool(lines, "0");
+  EXPECT_EQ(Ask(), 0);
+  SetWithTool(lines, "yes");
+  EXPECT_EQ(Ask(), 1);
+  SetWithTool(lines, "00");
+  EXPECT_EQ(Ask(), 1);
+  SetWithTool(lines, "");
+  EXPECT_EQ(Ask(), 0);
+}
+
+TEST_F(BootEnvironment, RedundantEnvironmentOfTheRealToolIsUnderstood) {
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x1000\n/dev/second 0x0 0x1000\n");
+  device_.Write("/dev/environment", std::string(kSize, '\0'));
+  device_.Write("/dev/second", std::string(kSize, '\0'));
+  const std::vector<std::string> lines{"/dev/environment 0x0 0x1000", "/dev/second 0x0 0x1000"};
+  for (const auto& [value, expected] : {std::pair{"1", 1}, {"0", 0}, {"yes", 1}, {"", 0}, {"1", 1}}) {
+    SetWithTool(lines, value);
+    EXPECT_EQ(Ask(), expected) << value;
+  }
+}
+
+TEST_F(BootEnvironment, NewerOfTwoCopiesCounts) {
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x1000\n/dev/second 0x0 0x1000\n");
+  device_.Write("/dev/environment", Environment("usb3_disable=0\0"s, "\x05"));
+  device_.Write("/dev/second", Environment("usb3_disable=1\0"s, "\x06"));
+  EXPECT_EQ(Ask(), 1);
+  device_.Write("/dev/environment", Environment("usb3_disable=0\0"s, "\x07"));
+  EXPECT_EQ(Ask(), 0);
+}
+
+TEST_F(BootEnvironment, CorruptCopyIsPassedOverForTheGoodOne) {
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x1000\n/dev/second 0x0 0x1000\n");
+  std::string corrupt = Environment("usb3_disable=0\0"s, "\x06");
+  corrupt[100] = 'x';
+  device_.Write("/dev/environment", corrupt);
+  device_.Write("/dev/second", Environment("usb3_disable=1\0"s, "\x05"));
+  EXPECT_EQ(Ask(), 1);
+}
+
+TEST_F(BootEnvironment, IsAskedAnewAtEveryCall) {
+  EXPECT_EQ(AskWithVariables("usb3_disable=1\0"s), 1);
+  EXPECT_EQ(AskWithVariables("usb3_disable=0\0"s), 0);
+  device_.Remove("/dev/environment");
+  EXPECT_EQ(Ask(), -1);
+  EXPECT_EQ(AskWithVariables("usb3_disable=1\0"s), 1);
+}
+
+TEST_F(BootEnvironment, MissingConfigurationIsNegative) {
+  device_.Remove(kConfiguration);
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, ConfigurationWithoutADeviceIsNegative) {
+  for (const auto* text : {"", "# nothing\n", "\n\n"}) {
+    device_.Write(kConfiguration, text);
+    EXPECT_EQ(Ask(), -1) << text;
+  }
+}
+
+TEST_F(BootEnvironment, ConfigurationLineThatCannotBeReadIsNegative) {
+#ifdef __SANITIZE_ADDRESS__
+  const __lsan::ScopedDisabler library_forgets_the_word_it_scanned;
+#endif
+  device_.Write(kConfiguration, "garbage\n");
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, ConfigurationThatIsADirectoryIsNegative) {
+  device_.Remove(kConfiguration);
+  device_.MakeDirectory(kConfiguration);
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, MissingDeviceFileIsNegative) {
+  device_.Remove("/dev/environment");
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, UnreadableDeviceFileIsNegative) {
+  device_.Remove("/dev/environment");
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s), 0000);
+  const lab::InRoot inside(device_);
+  const testing_support::WithoutFilePrivileges ordinary;
+  EXPECT_EQ(KELPUSBGetUSB3DisableUbootEnv(), -1);
+}
+
+TEST_F(BootEnvironment, CorruptEnvironmentIsNegative) {
+  std::string corrupt = Environment("usb3_disable=1\0"s);
+  corrupt[4] = 'U';
+  device_.Write("/dev/environment", corrupt);
+  EXPECT_EQ(Ask(), -1);
+
+  corrupt = Environment("usb3_disable=1\0"s);
+  corrupt[0] = static_cast<char>(corrupt[0] ^ 1);
+  device_.Write("/dev/environment", corrupt);
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, ErasedEnvironmentIsNegative) {
+  device_.Write("/dev/environment", std::string(kSize, '\xFF'));
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, TruncatedEnvironmentIsNegative) {
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s).substr(0, kSize / 2));
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, LeavesNothingButItsLockFile) {
+  const auto before = device_.Snapshot();
+  EXPECT_EQ(Ask(), 0);
+  auto after = device_.Snapshot();
+  after.erase("/var/lock/fw_printenv.lock");
+  ASSERT_EQ(after.size(), before.size());
+  for (const auto& [path, entry] : before) {
+    ASSERT_TRUE(after.contains(path)) << path;
+    EXPECT_EQ(after.at(path).content, entry.content) << path;
+  }
+}
+
+TEST_F(BootEnvironment, LeavesNoDescriptorOpen) {
+  const auto lowest_free = [] {
+    const int descriptor = ::dup(0);
+    ::close(descriptor);
+    return descriptor;
+  };
+  const int before = lowest_free();
+  for (int i = 0; i < 5; ++i) Ask();
+  device_.Remove("/dev/environment");
+  for (int i = 0; i < 5; ++i) Ask();
+  EXPECT_EQ(lowest_free(), before);
+}
+
+}  // namespace

@@ -1,0 +1,22 @@
+#include <gtest/gtest.h>
+
+#include "lab/boot_environment.h"
+#include "lab/in_root.h"
+#include "lab/private_root.h"
+#include "platform/boot_environment.h"
+#include "tests/platform/failing_calls.h"
+
+namespace {
+
+TEST(BootEnvironmentFailures, LibraryThatCannotBeInitialisedIsNegative) {
+  lab::PrivateRoot device;
+  lab::InstallBootEnvironment(device, {{"usb3_disable", "1"}});
+  const lab::InRoot inside(device);
+  ASSERT_EQ(KELPUSBGetUSB3DisableUbootEnv(), 1);
+  testing_support::FailingCalls calls;
+  calls.Fail("libuboot_initialize", ENOMEM);
+  EXPECT_EQ(KELPUSBGetUSB3DisableUbootEnv(), -1);
+  EXPECT_EQ(KELPUSBGetUSB3DisableUbootEnv(), 1);
+}
+
+}  // namespace

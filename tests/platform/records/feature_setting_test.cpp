@@ -1,0 +1,30 @@
+#include "platform/records/feature_setting.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/json_serializer.h"
+#include "tests/platform/parse_json.h"
+#include "tests/platform/records/sample_feature.h"
+
+namespace KELP::Wifi {
+namespace {
+
+using testing_support::ParseJson;
+using Util::JsonSerializer::Serialize;
+
+TEST(FeatureSetting, DocumentHasItsMembersByTheirNamesAndKinds) {
+  EXPECT_EQ(Serialize(testing_support::SampleFeature()),
+            ParseJson("{" + testing_support::kSampleFeatureMembers + "}"));
+}
+
+TEST(FeatureSetting, RotationWithoutMailsHasAnEmptyArray) {
+  FeatureSetting setting = testing_support::SampleFeature();
+  setting.guestPasswordRotation = {};
+  EXPECT_EQ(Serialize(setting)["guestPasswordRotation"], ParseJson(R"({
+    "enable": false, "date_type": 0, "strength": 0, "date": "", "week_day": "", "notify_enable": false,
+    "mail_list": []
+  })"));
+}
+
+}  // namespace
+}  // namespace KELP::Wifi

@@ -1,0 +1,81 @@
+#include "platform/records/global_data.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/json_serializer.h"
+#include "tests/platform/country_names.h"
+#include "tests/platform/parse_json.h"
+
+namespace KELP::Wifi::Daemon {
+namespace {
+
+using testing_support::ParseJson;
+using Util::LogLevel;
+using Util::SupportedModel;
+using Util::JsonSerializer::Deserialize;
+using Util::JsonSerializer::Serialize;
+
+GlobalData Sample() {
+  GlobalData data;
+  data.SetLogLevel(LogLevel{2});
+  data.SetDefaultModel(SupportedModel::CEDAR);
+  data.SetMeshInfo({.connectedModels = {SupportedModel::LOTUS}, .isRepeater = true});
+  data.SetCountryCodeSetting({CountryCode::DE});
+  data.SetBackhaulSwapped(true);
+  return data;
+}
+
+TEST(GlobalData, DocumentHasItsMembersByTheirNamesAndKinds) {
+  EXPECT_EQ(Serialize(Sample()), ParseJson(R"({
+    "logLevel": 2,
+    "defaultModel": "CEDAR",
+    "meshInfo": {"connectedModels": ["LOTUS"], "isRepeater": true},
+    "countryCodeSetting": {"countryCode": "DE"},
+    "backhaulSwapped": true
+  })"));
+}
+
+TEST(GlobalData, WithoutConnectedModelsHasAnEmptyArray) {
+  GlobalData data = Sample();
+  data.SetMeshInfo({});
+  EXPECT_EQ(Serialize(data)["meshInfo"], ParseJson(R"({"connectedModels": [], "isRepeater": false})"));
+}
+
+TEST(GlobalData, ConnectedModelsStandInTheOrderOfTheirSignedValues) {
+  GlobalData data = Sample();
+  data.SetMeshInfo({.connectedModels = {SupportedModel::CEDAR, SupportedModel::ORCHID, SupportedModel::Error,
+                                        SupportedModel::MAPLE, SupportedModel::LOTUS, SupportedModel::ORCHID},
+                    .isRepeater = false});
+  EXPECT_EQ(Serialize(data)["meshInfo"]["connectedModels"],
+            ParseJson(R"(["Error", "ORCHID", "LOTUS", "MAPLE", "CEDAR"])"));
+}
+
+TEST(GlobalData, ReadsBackForEveryModelAndEveryCountry) {
+  const SupportedModel models[] = {SupportedModel::Error, SupportedModel::ORCHID, SupportedModel::LOTUS,
+                                   SupportedModel::MAPLE, SupportedModel::CEDAR};
+  for (const SupportedModel model : models) {
+    for (std::size_t country = 0; country < kCountryNames.size(); ++country) {
+      GlobalData data = Sample();
+      data.SetDefaultModel(model);
+      data.SetMeshInfo({.connectedModels = {model}, .isRepeater = false});
+      data.SetCountryCodeSetting({static_cast<CountryCode>(country)});
+      const Json::Value json = Serialize(data);
+      ASSERT_EQ(json["countryCodeSetting"]["countryCode"], Json::Value(std::string(kCountryNames[country])));
+      ASSERT_EQ(Deserialize<GlobalData>(json), data) << json.toStyledString();
+    }
+  }
+}
+
+TEST(GlobalData, SettersCopyWhatTheyAreGiven) {
+  MeshInfo mesh{.connectedModels = {SupportedModel::LOTUS}, .isRepeater = true};
+  CountryCodeSetting country{CountryCode::DE};
+  GlobalData data = Sample();
+  data.SetMeshInfo(mesh);
+  data.SetCountryCodeSetting(country);
+  mesh.connectedModels.clear();
+  country.countryCode = CountryCode::US;
+  EXPECT_EQ(data, Sample());
+}
+
+}  // namespace
+}  // namespace KELP::Wifi::Daemon
