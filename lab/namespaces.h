@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace lab {
+
+/// Lets this process enter private roots and run programs in them. Called first thing in main, before any
+/// thread exists. Root needs nothing and gets nothing; an ordinary user's process goes on as root of a user
+/// namespace of its own, where it may do the same with the user's own files. Throws std::runtime_error with
+/// the text of WhyNotPossible().
+void EnterNamespaces();
+
+/// Nothing when private roots can be entered on this host. Otherwise a text for a person: what is missing and
+/// what to do about it.
+std::optional<std::string> WhyNotPossible();
+
+/// Whether this process may mount and chroot as it is.
+bool MayMount();
+
+/// Moves the calling process, which must have one thread, into a user namespace of its own, as its root.
+/// Throws std::system_error.
+void EnterUserNamespace();
+
+/// Moves the calling process into a mount namespace of its own, from which no mount spreads. Throws
+/// std::system_error.
+void EnterMountNamespace();
+
+}  // namespace lab

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "lab/tree.h"
+
+namespace lab::sweeps {
+
+inline constexpr const char* kGlobalDocument = "/usr/kelp/etc/wifi/global.json";
+inline constexpr const char* kMiscDocument = "/usr/kelp/etc/wifi/misc.json";
+inline constexpr const char* kArchive = "/usr/kelp/etc/wifi/legacy";
+
+/// One of the documents that the program writes.
+bool IsDocument(const std::string& path);
+
+/// A name under which a document is written before it takes its own.
+bool IsTemporaryName(const std::string& path);
+
+/// The one file that a run may leave besides its results.
+bool IsLockOfBootEnvironment(const std::string& path);
+
+/// Where the legacy file at `path` goes to in the archive.
+std::string ArchivedPath(const std::string& path);
+
+/// Looks for a breach of what holds whatever goes wrong in a run that began with `before` and left `after`,
+/// and of which the documents of `written` are what the rules give: every document is absent, the old one or
+/// a new one, whole; no file of the device has changed or is gone from both its place and the archive, but
+/// for the two that a migration of generation 1.3 consumes once its document stands; nothing lies beside the
+/// documents unless `may_leave_temporary`. Gives the first breach in words.
+std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
+                                      const std::vector<const Tree*>& written, bool may_leave_temporary);
+
+}  // namespace lab::sweeps

@@ -1,0 +1,176 @@
+// Stands between the program and the services of its platform and of the file system library, put there by
+// the linker
+// (--wrap): exactly one of all the calls that go through here fails. So a run tells what the migration's own
+// rules make of one failed service, whatever the reason of the failure.
+//
+// The environment variable FAILING_CALL names the call, from 1; 0 lets all of them pass. How many there were
+// stands in "/tmp/service-calls" after the run.
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include "lab/sweeps/service_symbols.h"
+#include "legacy/interface_mac.h"
+#include "platform/boot_environment.h"
+#include "platform/cipher.h"
+#include "platform/durable_file.h"
+#include "platform/json_util.h"
+#include "platform/sdk_utils.h"
+#include "platform/section_files.h"
+
+#define REAL(symbol) __asm__("__real_" symbol)
+#define WRAPPED(symbol) __asm__("__wrap_" symbol)
+
+namespace {
+
+namespace fs = std::filesystem;
+using KELP::Wifi::Updater::UpdateContext;
+using KELP::Wifi::Util::RadioFrequency;
+
+class Countdown {
+ public:
+  Countdown() {
+    const char* const call = std::getenv("FAILING_CALL");
+    failing_ = call == nullptr ? 0 : std::atol(call);
+  }
+  Countdown(const Countdown&) = delete;
+  Countdown& operator=(const Countdown&) = delete;
+  ~Countdown() {
+    if (std::FILE* const file = std::fopen("/tmp/service-calls", "w")) {
+      std::fprintf(file, "%ld", calls_);
+      std::fclose(file);
+    }
+  }
+  bool IsOver() { return ++calls_ == failing_; }
+
+ private:
+  long calls_ = 0;
+  long failing_ = 0;
+};
+
+bool Fails() {
+  static Countdown countdown;
+  return countdown.IsOver();
+}
+
+std::system_error Unreadable(const std::string& path) {
+  return {EIO, std::generic_category(), "cannot read " + path};
+}
+
+fs::filesystem_error Refused(const char* action, const fs::path& path) {
+  return {action, path, std::make_error_code(std::errc::io_error)};
+}
+
+}  // namespace
+
+std::string RealFileGetKeyValue(const std::string& path, std::string_view key)
+    REAL(SYMBOL_OF_FILE_GET_KEY_VALUE);
+std::string WrapFileGetKeyValue(const std::string& path, std::string_view key)
+    WRAPPED(SYMBOL_OF_FILE_GET_KEY_VALUE);
+std::string WrapFileGetKeyValue(const std::string& path, std::string_view key) {
+  if (Fails()) throw Unreadable(path);
+  return RealFileGetKeyValue(path, key);
+}
+
+std::string RealInfoGetKeyValue(std::string_view key) REAL(SYMBOL_OF_INFO_GET_KEY_VALUE);
+std::string WrapInfoGetKeyValue(std::string_view key) WRAPPED(SYMBOL_OF_INFO_GET_KEY_VALUE);
+std::string WrapInfoGetKeyValue(std::string_view key) {
+  if (Fails()) throw Unreadable("/usr/kelp/etc/info.conf");
+  return RealInfoGetKeyValue(key);
+}
+
+Json::Value RealLoadJsonFromFile(const std::string& path) REAL(SYMBOL_OF_LOAD_JSON_FROM_FILE);
+Json::Value WrapLoadJsonFromFile(const std::string& path) WRAPPED(SYMBOL_OF_LOAD_JSON_FROM_FILE);
+Json::Value WrapLoadJsonFromFile(const std::string& path) {
+  if (Fails()) throw Unreadable(path);
+  return RealLoadJsonFromFile(path);
+}
+
+// A document that cannot be saved is not there at all, except where only the last flush of its folder failed.
+void RealSaveJsonToFile(const std::string& path, const Json::Value& document)
+    REAL(SYMBOL_OF_SAVE_JSON_TO_FILE);
+void WrapSaveJsonToFile(const std::string& path, const Json::Value& document)
+    WRAPPED(SYMBOL_OF_SAVE_JSON_TO_FILE);
+void WrapSaveJsonToFile(const std::string& path, const Json::Value& document) {
+  if (Fails()) throw std::system_error(EIO, std::generic_category(), "cannot write " + path);
+  RealSaveJsonToFile(path, document);
+  if (Fails()) throw std::system_error(EIO, std::generic_category(), "cannot flush " + path);
+}
+
+void RealFlushDirectory(const std::string& path) REAL(SYMBOL_OF_FLUSH_DIRECTORY);
+void WrapFlushDirectory(const std::string& path) WRAPPED(SYMBOL_OF_FLUSH_DIRECTORY);
+void WrapFlushDirectory(const std::string& path) {
+  if (Fails()) throw std::system_error(EIO, std::generic_category(), "cannot flush " + path);
+  RealFlushDirectory(path);
+}
+
+std::string RealAccessPointFilePath(const UpdateContext& context, RadioFrequency radio)
+    REAL(SYMBOL_OF_GET_ACCESS_POINT_FILE_PATH);
+std::string WrapAccessPointFilePath(const UpdateContext& context, RadioFrequency radio)
+    WRAPPED(SYMBOL_OF_GET_ACCESS_POINT_FILE_PATH);
+std::string WrapAccessPointFilePath(const UpdateContext& context, RadioFrequency radio) {
+  // The settings of all bands are found without a kernel entry.
+  if (radio != RadioFrequency::AllBands && Fails()) {
+    throw std::runtime_error("Failed to get bssid from kelp_mac_address");
+  }
+  return RealAccessPointFilePath(context, radio);
+}
+
+int RealFileEnumSection(const char* path, KLIBCSzList** list) REAL(SYMBOL_OF_FILE_ENUM_SECTION);
+int WrapFileEnumSection(const char* path, KLIBCSzList** list) WRAPPED(SYMBOL_OF_FILE_ENUM_SECTION);
+int WrapFileEnumSection(const char* path, KLIBCSzList** list) {
+  return Fails() ? -1 : RealFileEnumSection(path, list);
+}
+
+int RealFileGetSection(const char* path, const char* name, KLIBCSzHash** table)
+    REAL(SYMBOL_OF_FILE_GET_SECTION);
+int WrapFileGetSection(const char* path, const char* name, KLIBCSzHash** table)
+    WRAPPED(SYMBOL_OF_FILE_GET_SECTION);
+int WrapFileGetSection(const char* path, const char* name, KLIBCSzHash** table) {
+  return Fails() ? -1 : RealFileGetSection(path, name, table);
+}
+
+int RealDecrypt(const char* stored, char* buffer, std::size_t capacity) REAL(SYMBOL_OF_DECRYPT);
+int WrapDecrypt(const char* stored, char* buffer, std::size_t capacity) WRAPPED(SYMBOL_OF_DECRYPT);
+int WrapDecrypt(const char* stored, char* buffer, std::size_t capacity) {
+  return Fails() ? 0 : RealDecrypt(stored, buffer, capacity);
+}
+
+int RealUSB3Disable() REAL(SYMBOL_OF_USB3_DISABLE);
+int WrapUSB3Disable() WRAPPED(SYMBOL_OF_USB3_DISABLE);
+int WrapUSB3Disable() {
+  return Fails() ? -1 : RealUSB3Disable();
+}
+
+fs::file_status RealStatus(const fs::path& path) REAL(SYMBOL_OF_STATUS);
+fs::file_status WrapStatus(const fs::path& path) WRAPPED(SYMBOL_OF_STATUS);
+fs::file_status WrapStatus(const fs::path& path) {
+  if (Fails()) throw Refused("status", path);
+  return RealStatus(path);
+}
+
+bool RealCreateDirectories(const fs::path& path) REAL(SYMBOL_OF_CREATE_DIRECTORIES);
+bool WrapCreateDirectories(const fs::path& path) WRAPPED(SYMBOL_OF_CREATE_DIRECTORIES);
+bool WrapCreateDirectories(const fs::path& path) {
+  if (Fails()) throw Refused("cannot create directories", path);
+  return RealCreateDirectories(path);
+}
+
+void RealRename(const fs::path& from, const fs::path& to) REAL(SYMBOL_OF_RENAME);
+void WrapRename(const fs::path& from, const fs::path& to) WRAPPED(SYMBOL_OF_RENAME);
+void WrapRename(const fs::path& from, const fs::path& to) {
+  if (Fails()) throw Refused("cannot rename", from);
+  RealRename(from, to);
+}
+
+bool RealRemove(const fs::path& path) REAL(SYMBOL_OF_REMOVE);
+bool WrapRemove(const fs::path& path) WRAPPED(SYMBOL_OF_REMOVE);
+bool WrapRemove(const fs::path& path) {
+  if (Fails()) throw Refused("cannot remove", path);
+  return RealRemove(path);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "lab/sweeps/fault.h"
+#include "lab/sweeps/strace_record.h"
+
+namespace lab::sweeps {
+
+/// Every fault that a run can meet: each call from `first` on (a place in `calls`) with each error that the
+/// kernel can give it there, each transfer cut short to one byte and to its half, and all transfers one byte
+/// at a time. Throws std::runtime_error for a call of which it is not known how it can fail: nothing is left
+/// out silently.
+std::vector<Fault> PlanFaults(const std::vector<SystemCall>& calls, std::size_t first);
+
+/// `count` of the faults, one of every kind among them, drawn with `seed`; all of them when there are no
+/// more.
+std::vector<Fault> Sample(const std::vector<Fault>& faults, std::size_t count, std::uint64_t seed);
+
+}  // namespace lab::sweeps

@@ -1,0 +1,141 @@
+// Makes each single system call of a migration fail in turn, in each way in which the kernel can let it fail,
+// and looks whether the run still ends as it must.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "lab/namespaces.h"
+#include "lab/sweeps/fault_plan.h"
+#include "lab/sweeps/rules_oracle.h"
+#include "lab/sweeps/verdict.h"
+#include "lab/sweeps/workers.h"
+
+namespace lab::sweeps {
+namespace {
+
+struct Request {
+  std::string image;
+  int build_number = 0;
+  unsigned workers = 2;
+  std::size_t sample = 0;  // 0: all faults
+  std::uint64_t seed = 1;
+  std::vector<std::string> only;
+};
+
+std::vector<Fault> Choose(const Request& request, const std::vector<Fault>& planned) {
+  if (request.only.empty()) {
+    return request.sample == 0 ? planned : Sample(planned, request.sample, request.seed);
+  }
+  std::vector<Fault> chosen;
+  for (const Fault& fault : planned) {
+    const auto named = std::find(request.only.begin(), request.only.end(), NameOf(fault));
+    if (named != request.only.end()) chosen.push_back(fault);
+  }
+  if (chosen.size() != request.only.size()) throw std::runtime_error("the run has no such fault");
+  return chosen;
+}
+
+/// Whether the fault happened, and to the call that was meant; strace's record tells.
+bool WasMet(const Fault& fault, const MigrationRun& run) {
+  if (fault.kind != Fault::Kind::Error) return true;
+  const auto record = run.scratch.find(kRecord);
+  if (record == run.scratch.end()) return false;
+  const std::vector<SystemCall> calls = ParseRecord(record->second.content);
+  return std::any_of(calls.begin(), calls.end(), [&](const SystemCall& call) {
+    return call.injected && call.ordinal == fault.ordinal && SubjectOf(call) == fault.subject;
+  });
+}
+
+/// Gives what went wrong in words; nothing when the run ended well.
+std::string Try(const Fault& fault, const Device& device, const Programs& programs,
+                const RulesOracle& oracle) {
+  Manner manner;
+  manner.wrapper = WrapperOf(fault, programs.strace, kTamper, kRecord);
+  manner.needs_tamper = fault.kind != Fault::Kind::Error;
+  const MigrationRun run = Migrate(device, programs.migration, programs.tamper, manner);
+  if (!WasMet(fault, run)) return "the run did not come to this call";
+  return FindWrong(device, fault, oracle, run.outcome).value_or("");
+}
+
+std::string Command(const Fault& fault) {
+  std::string command;
+  for (const std::string& word : WrapperOf(fault, "strace", "tamper", "record")) command += word + " ";
+  return command + "kelpwifiupdater";
+}
+
+void PrintFailure(const Fault& fault, const std::string& wrong, const Request& request,
+                  const std::string& program) {
+  std::printf(
+      "\nFAILED %s: %s\n  reproduce: %s %s --from %d --only %s\n  which runs: %s --update-config %d\n",
+      NameOf(fault).c_str(), wrong.c_str(), program.c_str(), request.image.c_str(), request.build_number,
+      NameOf(fault).c_str(), Command(fault).c_str(), request.build_number);
+}
+
+bool Sweep(const Request& request, const std::string& program) {
+  const Programs programs = Programs::BesideThisOne();
+  const Device device = ReadDevice(request.image, request.build_number);
+  const RulesOracle oracle = AskRules(device, programs, request.workers);
+  const std::vector<SystemCall> calls = RecordMigration(device, programs);
+  const std::size_t first = FirstCallOfMain(calls);
+  const std::vector<Fault> planned = PlanFaults(calls, first);
+  const std::vector<Fault> faults = Choose(request, planned);
+  std::printf(
+      "%s --from %d: %zu system calls from main on, %zu ways in which one of them can fail, %zu of them "
+      "tried; "
+      "undisturbed status %d, %zu outcomes by the rules when one service fails\n",
+      request.image.c_str(), request.build_number, calls.size() - first, planned.size(), faults.size(),
+      oracle.undisturbed.status, oracle.with_failed_service.size());
+
+  const std::vector<std::string> results =
+      DoInWorkers(faults.size(), request.workers,
+                  [&](std::size_t place) { return Try(faults[place], device, programs, oracle); });
+
+  std::map<std::string, std::pair<std::size_t, std::size_t>> kinds;  // tried, ended well
+  std::size_t well = 0;
+  for (std::size_t i = 0; i < faults.size(); ++i) {
+    auto& [tried, ended_well] = kinds[KindOf(faults[i])];
+    ++tried;
+    if (results[i].empty()) {
+      ++ended_well;
+      ++well;
+    } else {
+      PrintFailure(faults[i], results[i], request, program);
+    }
+  }
+  for (const auto& [kind, counts] : kinds) {
+    std::printf("  %-24s %5zu tried %5zu ended well\n", kind.c_str(), counts.first, counts.second);
+  }
+  std::printf("%zu faults tried, %zu ended well\n", faults.size(), well);
+  return well == faults.size();
+}
+
+}  // namespace
+}  // namespace lab::sweeps
+
+int main(int argument_count, char* arguments[]) {
+  lab::sweeps::Request request;
+  CLI::App app("Lets each system call of a migration fail in turn, in every way in which it can.");
+  app.add_option("device", request.image, "folder with the device image")
+      ->required()
+      ->check(CLI::ExistingDirectory);
+  app.add_option("--from", request.build_number, "build number that the device is updated from")->required();
+  app.add_option("--workers", request.workers, "processes at a time");
+  app.add_option("--sample", request.sample, "try only so many faults, one of every kind among them");
+  app.add_option("--seed", request.seed, "what the sample is drawn with");
+  app.add_option("--only", request.only, "try only this fault, named as in a report: read:12:EIO");
+  CLI11_PARSE(app, argument_count, arguments);
+  try {
+    lab::EnterNamespaces();
+    return lab::sweeps::Sweep(request, arguments[0]) ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "faultsweep: %s\n", error.what());
+    return 2;
+  }
+}

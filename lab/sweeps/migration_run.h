@@ -1,0 +1,71 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "lab/sweeps/strace_record.h"
+#include "lab/tree.h"
+
+namespace lab::sweeps {
+
+/// The programs that a sweep runs, all of them beside the sweep itself unless it is told otherwise.
+struct Programs {
+  std::filesystem::path migration;  // the program under test
+  std::filesystem::path rules;      // the same with services that fail on order
+  std::filesystem::path tamper;
+  std::string strace = "/usr/bin/strace";
+
+  /// Those in the folder of the running program. Throws std::runtime_error when one of them is missing.
+  static Programs BesideThisOne();
+};
+
+/// A device and the build number that it is updated from.
+struct Device {
+  Tree files;
+  int build_number = 0;
+};
+
+/// What a run left behind, without the lab's own files and without the lock file of the boot environment.
+struct Outcome {
+  int status = -1;
+  int signal = 0;
+  bool timed_out = false;
+  std::string out;
+  std::string err;
+  std::vector<std::string> log;  // "3: text", the number being the severity
+  Tree files;
+
+  bool operator==(const Outcome&) const = default;
+};
+
+/// How the program is run.
+struct Manner {
+  std::vector<std::string> wrapper;
+  std::vector<std::string> environment;
+  bool needs_tamper = false;  // puts the helper to kTamper
+};
+
+inline constexpr const char* kTamper = "/tmp/tamper";
+inline constexpr const char* kRecord = "/tmp/strace.record";
+
+/// A finished run, and what it wrote to files in the device's "/tmp".
+struct MigrationRun {
+  Outcome outcome;
+  Tree scratch;
+};
+
+/// The device as outcomes show it.
+Tree WithoutLabFiles(const Tree& files);
+
+/// Lets strace record a whole run on the device and gives the record.
+std::vector<SystemCall> RecordMigration(const Device& device, const Programs& programs);
+
+/// Reads a device image.
+Device ReadDevice(const std::filesystem::path& image, int build_number);
+
+/// Lays out a private root and lets `program` migrate it there.
+MigrationRun Migrate(const Device& device, const std::filesystem::path& program,
+                     const std::filesystem::path& tamper, const Manner& manner = {});
+
+}  // namespace lab::sweeps

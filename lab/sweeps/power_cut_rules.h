@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "lab/sweeps/file_operations.h"
+#include "lab/sweeps/migration_run.h"
+
+namespace lab::sweeps {
+
+/// What holds for a device at every instant of its migration, whenever the power is cut.
+class PowerCutRules {
+ public:
+  /// `undisturbed` is what a whole run makes of the device, `operations` what that run did.
+  PowerCutRules(Device device, Outcome undisturbed, const std::vector<FileOperation>& operations);
+
+  /// What is wrong with the device as the power cut left it, in words: a document that is not whole, a file
+  /// that is lost, something that was begun before what precedes it was durable.
+  std::optional<std::string> FindWrongState(const Tree& state) const;
+
+  /// What is wrong with a run that found the device in `state`, in words.
+  std::optional<std::string> FindWrongRun(const Tree& state, const Outcome& outcome) const;
+
+ private:
+  /// What the run has to leave and to answer.
+  struct Expected {
+    int status;
+    const Tree* files;
+    const char* log;  // a text of it; null for none in particular
+  };
+  Expected ExpectedOn(const Tree& state) const;
+  bool IsNew(const std::string& document, const Tree& state) const;
+
+  Device device_;
+  Outcome undisturbed_;
+  std::vector<std::string> documents_;  // in the order in which they are written
+};
+
+}  // namespace lab::sweeps

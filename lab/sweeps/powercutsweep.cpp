@@ -1,0 +1,233 @@
+// Cuts the power at every instant of a migration and looks what the device is left with, and what the program
+// makes of that when it runs again. First the gentle way, a kill before and after every system call; then by
+// a model of what a file system may show after a power cut. Then asks of every flush what it is good for.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "lab/namespaces.h"
+#include "lab/sweeps/choices.h"
+#include "lab/sweeps/documents.h"
+#include "lab/sweeps/outcome_text.h"
+#include "lab/sweeps/power_cut_rules.h"
+#include "lab/sweeps/storage_model.h"
+#include "lab/sweeps/workers.h"
+
+namespace lab::sweeps {
+namespace {
+
+struct Request {
+  std::string image;
+  int build_number = 0;
+  unsigned workers = 2;
+  bool old_documents = false;
+  ChoiceLimits limits;
+};
+
+/// What may come out of the model: a place in the run's operations and a choice.
+struct ModelState {
+  std::size_t operations;
+  std::vector<unsigned> digits;
+};
+
+class Sweep {
+ public:
+  Sweep(Request request, Device device)
+      : request_(std::move(request)),
+        programs_(Programs::BesideThisOne()),
+        device_(std::move(device)),
+        undisturbed_(Migrate(device_, programs_.migration, programs_.tamper).outcome),
+        calls_(RecordMigration(device_, programs_)),
+        operations_(ExtractFileOperations(calls_)),
+        rules_(device_, undisturbed_, operations_) {}
+
+  bool Run() {
+    std::printf("%s --from %d%s: %zu system calls from main on, %zu of them change files\n",
+                request_.image.c_str(), request_.build_number,
+                request_.old_documents ? " --old-documents" : "", calls_.size() - FirstCallOfMain(calls_),
+                operations_.size());
+    KillEverywhere();
+    CutPowerEverywhere();
+    QuestionFlushes();
+    std::printf("%zu failed\n", failed_);
+    return failed_ == 0;
+  }
+
+ private:
+  void Fail(const std::string& where, const std::string& wrong) {
+    ++failed_;
+    std::printf("\nFAILED %s: %s\n", where.c_str(), wrong.c_str());
+  }
+
+  /// Lets the program run again on a device that was left so, and gives what is wrong with that.
+  std::string RunAgain(const Tree& state) const {
+    const Device left{state, device_.build_number};
+    return rules_.FindWrongRun(state, Migrate(left, programs_.migration, programs_.tamper).outcome)
+        .value_or("");
+  }
+
+  void KillEverywhere() {
+    const std::size_t first = FirstCallOfMain(calls_);
+    std::vector<std::pair<const char*, std::size_t>> kills;
+    for (std::size_t index = first; index < calls_.size(); ++index) {
+      kills.emplace_back("kill-before", index + 1);
+      kills.emplace_back("kill-after", index + 1);
+    }
+    const std::vector<std::string> outcomes =
+        DoInWorkers(kills.size(), request_.workers, [&](std::size_t place) {
+          Manner manner;
+          manner.wrapper = {kTamper, kills[place].first, std::to_string(kills[place].second)};
+          manner.needs_tamper = true;
+          return ToText(Migrate(device_, programs_.migration, programs_.tamper, manner).outcome);
+        });
+
+    std::vector<Tree> states;
+    std::set<std::string> known;
+    for (std::size_t i = 0; i < kills.size(); ++i) {
+      Outcome outcome = FromText(outcomes[i]);
+      const std::string where = std::string(kills[i].first) + " " + std::to_string(kills[i].second);
+      const bool may_end = kills[i].second == calls_.size();  // nothing comes after the last call
+      if (outcome.signal == 0 && !may_end) Fail(where, "was not killed");
+      if (const auto wrong = rules_.FindWrongState(outcome.files)) Fail(where, *wrong);
+      Outcome state;
+      state.files = std::move(outcome.files);
+      if (known.insert(ToText(state)).second) states.push_back(std::move(state.files));
+    }
+    const std::vector<std::string> wrong = DoInWorkers(
+        states.size(), request_.workers, [&](std::size_t place) { return RunAgain(states[place]); });
+    for (const std::string& text : wrong) {
+      if (!text.empty()) Fail("run after a kill", text);
+    }
+    std::printf(
+        "killed before and after every system call: %zu runs, %zu different states, the program run again on "
+        "each\n",
+        kills.size(), states.size());
+  }
+
+  StorageModel ModelAfter(std::size_t operations) const {
+    StorageModel model(device_.files);
+    for (std::size_t i = 0; i < operations; ++i) model.Apply(operations_[i]);
+    return model;
+  }
+
+  std::string Describe(const ModelState& state) const {
+    std::string text = "power cut after operation " + std::to_string(state.operations) + " of " +
+                       std::to_string(operations_.size()) + ", choice ";
+    for (const unsigned digit : state.digits) text += std::to_string(digit);
+    return text;
+  }
+
+  void CutPowerEverywhere() {
+    std::vector<ModelState> states;
+    std::set<std::string> known;
+    std::size_t visited = 0;
+    StorageModel model(device_.files);
+    for (std::size_t done = 0; done <= operations_.size(); ++done) {
+      if (done > 0) model.Apply(operations_[done - 1]);
+      ForEachChoice(model.Radixes(), request_.limits, [&](const std::vector<unsigned>& digits) {
+        ++visited;
+        if (known.insert(model.KeyOf(digits)).second) states.push_back({done, digits});
+        return true;
+      });
+    }
+    const std::vector<std::string> wrong =
+        DoInWorkers(states.size(), request_.workers, [&](std::size_t place) {
+          const Tree state = ModelAfter(states[place].operations).StateOf(states[place].digits);
+          if (auto breach = rules_.FindWrongState(state)) return *breach;
+          return RunAgain(state);
+        });
+    for (std::size_t i = 0; i < states.size(); ++i) {
+      if (!wrong[i].empty()) Fail(Describe(states[i]), wrong[i]);
+    }
+    std::printf(
+        "power cut after each of %zu file operations: %zu states, %zu different ones checked, "
+        "the program run again on each\n",
+        operations_.size(), visited, states.size());
+  }
+
+  /// What can go wrong without the flush at `place`; empty when nothing can.
+  std::string WithoutFlush(std::size_t place) const {
+    StorageModel model(device_.files);
+    std::string harm;
+    for (std::size_t i = 0; i < operations_.size() && harm.empty(); ++i) {
+      if (i == place) continue;
+      model.Apply(operations_[i]);
+      ForEachChoice(model.Radixes(), request_.limits, [&](const std::vector<unsigned>& digits) {
+        harm = rules_.FindWrongState(model.StateOf(digits)).value_or("");
+        return harm.empty();
+      });
+    }
+    return harm;
+  }
+
+  void QuestionFlushes() {
+    std::vector<std::size_t> flushes;
+    for (std::size_t i = 0; i < operations_.size(); ++i) {
+      if (operations_[i].IsFlush()) flushes.push_back(i);
+    }
+    const std::vector<std::string> harms = DoInWorkers(
+        flushes.size(), request_.workers, [&](std::size_t i) { return WithoutFlush(flushes[i]); });
+    std::printf("%zu flushes; without each of them a power cut could do harm:\n", flushes.size());
+    for (std::size_t i = 0; i < flushes.size(); ++i) {
+      const FileOperation& flush = operations_[flushes[i]];
+      std::printf("  %2zu. %s %s: %s\n", i + 1,
+                  flush.kind == FileOperation::Kind::FlushFile ? "file" : "folder", flush.path.c_str(),
+                  harms[i].empty() ? "none" : harms[i].c_str());
+      if (harms[i].empty()) Fail("flush " + std::to_string(i + 1), "nothing needs it");
+    }
+  }
+
+  Request request_;
+  Programs programs_;
+  Device device_;
+  Outcome undisturbed_;
+  std::vector<SystemCall> calls_;
+  std::vector<FileOperation> operations_;
+  PowerCutRules rules_;
+  std::size_t failed_ = 0;
+};
+
+/// Puts documents of an earlier time where the run is going to write its own and would not stop for them.
+Device WithOldDocuments(Device device) {
+  const Programs programs = Programs::BesideThisOne();
+  const Tree written = Migrate(device, programs.migration, programs.tamper).outcome.files;
+  const bool stops_for_any = device.build_number < 8228;
+  for (const auto& [path, entry] : written) {
+    if (!IsDocument(path) || device.files.contains(path)) continue;
+    if (stops_for_any && (path == kGlobalDocument || path == kMiscDocument)) continue;
+    device.files[path] = {Entry::Kind::File, entry.mode, "{\n\t\"earlier\" : true\n}\n"};
+  }
+  return device;
+}
+
+}  // namespace
+}  // namespace lab::sweeps
+
+int main(int argument_count, char* arguments[]) {
+  lab::sweeps::Request request;
+  CLI::App app("Cuts the power at every instant of a migration.");
+  app.add_option("device", request.image, "folder with the device image")
+      ->required()
+      ->check(CLI::ExistingDirectory);
+  app.add_option("--from", request.build_number, "build number that the device is updated from")->required();
+  app.add_option("--workers", request.workers, "processes at a time");
+  app.add_option("--all-up-to", request.limits.all_up_to,
+                 "so many states after one operation are all checked");
+  app.add_option("--sample", request.limits.sample, "of more, so many are");
+  app.add_option("--seed", request.limits.seed, "what the sample is drawn with");
+  app.add_flag("--old-documents", request.old_documents, "begin with documents of an earlier time in place");
+  CLI11_PARSE(app, argument_count, arguments);
+  try {
+    lab::EnterNamespaces();
+    lab::sweeps::Device device = lab::sweeps::ReadDevice(request.image, request.build_number);
+    if (request.old_documents) device = lab::sweeps::WithOldDocuments(std::move(device));
+    return lab::sweeps::Sweep(request, std::move(device)).Run() ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "powercutsweep: %s\n", error.what());
+    return 2;
+  }
+}

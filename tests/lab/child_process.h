@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace lab_test {
+
+/// What `operation` gives in a child process, or the text of its exception.
+std::string InChild(const std::function<std::string()>& operation);
+
+/// As InChild, as a user without any privilege. Only root can become one: see MayBecomeOrdinaryUser().
+std::string AsOrdinaryUser(const std::function<std::string()>& operation);
+
+/// Whether this process is root of the host, not only of a user namespace.
+bool MayBecomeOrdinaryUser();
+
+struct ShellResult {
+  int status = -1;
+  /// Both streams.
+  std::string output;
+};
+
+ShellResult Shell(const std::string& command);
+
+}  // namespace lab_test

@@ -1,0 +1,89 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "migration/global_settings.h"
+#include "migration/legacy_archive.h"
+#include "migration/migrate_13_global_files.h"
+#include "platform/exceptions.h"
+#include "tests/migration/failing_device.h"
+#include "tests/support/failing_format.h"
+#include "tests/support/json_text.h"
+#include "tests/support/test_device.h"
+
+namespace KELP::Wifi::Updater {
+namespace {
+
+using std::filesystem::filesystem_error;
+using testing_support::FailingDevice;
+using testing_support::FailingFormat;
+using testing_support::LogLines;
+
+constexpr const char* kDocument = "/usr/kelp/etc/wifi/global.json";
+constexpr const char* kModelFile = "/usr/kelp/etc/wifi/model.json";
+constexpr const char* kCountryFile = "/usr/kelp/etc/wifi/country.json";
+constexpr const char* kBackhaulFile = "/usr/kelp/etc/wifi/backhaul.json";
+
+// The archive's names
+
+TEST(ArchiveFormatFailure, ThrowsAndLeavesTheFilesInPlace) {
+  testing_support::TestDevice device;
+  device.Files().Write("/etc/a", "a");
+  device.Files().MakeDirectory("/usr/kelp/etc/wifi");
+  const FailingFormat failing("%s%s");
+  EXPECT_EQ(device.RunThrowing<RuntimeError>([] { ArchiveLegacyFiles({"/etc/a"}); }),
+            "Error during formatting.: runtime error");
+  EXPECT_EQ(device.Files().Read("/etc/a"), "a");
+  EXPECT_TRUE(device.Files().Exists("/usr/kelp/etc/wifi/legacy"));
+  EXPECT_EQ(device.Log(), LogLines{});
+}
+
+// Removing the 1.3-era files
+
+class RemovalFailureTest : public ::testing::Test {
+ protected:
+  RemovalFailureTest() {
+    device_.WriteInfo({{"kelpbios", "lotus"}});
+    device_.Files().Write(kModelFile, R"({"connected_models": ["ORCHID"]})");
+    device_.Files().Write(kCountryFile, R"({"country_code": "DE"})");
+    device_.Files().Write(kBackhaulFile, R"({"radio_frequencies": []})");
+  }
+
+  void MigrateWithout(const char* path) {
+    FailingDevice failing;
+    failing.path_that_stays = path;
+    EXPECT_THROW(device_.Run([] { Migrate13GlobalFiles({}); }), filesystem_error);
+    EXPECT_EQ(device_.Log(), LogLines{});
+    EXPECT_EQ(testing_support::ParseJson(device_.Files().Read(kDocument))["logLevel"], 2);
+    EXPECT_TRUE(device_.Files().Exists(kBackhaulFile));
+  }
+
+  testing_support::TestDevice device_;
+};
+
+TEST_F(RemovalFailureTest, ModelFileThatStaysKeepsTheCountryFileToo) {
+  MigrateWithout(kModelFile);
+  EXPECT_TRUE(device_.Files().Exists(kModelFile));
+  EXPECT_TRUE(device_.Files().Exists(kCountryFile));
+}
+
+TEST_F(RemovalFailureTest, CountryFileThatStaysIsTheOnlyOne) {
+  MigrateWithout(kCountryFile);
+  EXPECT_FALSE(device_.Files().Exists(kModelFile));
+  EXPECT_TRUE(device_.Files().Exists(kCountryFile));
+}
+
+// What is no std::exception
+
+TEST(GlobalSettingsFailure, OnlyStandardExceptionsFallBack) {
+  testing_support::TestDevice device;
+  device.Files().MakeDirectory("/usr/kelp/etc/wifi");
+  FailingDevice failing;
+  failing.information_store_throws = true;
+  EXPECT_THROW(device.Run([] { MigrateGlobalSettings({}); }), int);
+  EXPECT_EQ(device.Log(), LogLines{});
+  EXPECT_FALSE(device.Files().Exists(kDocument));
+}
+
+}  // namespace
+}  // namespace KELP::Wifi::Updater

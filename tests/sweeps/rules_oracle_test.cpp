@@ -1,0 +1,45 @@
+#include "lab/sweeps/rules_oracle.h"
+
+#include <gtest/gtest.h>
+
+namespace lab::sweeps {
+namespace {
+
+Outcome Failed(const std::string& cause) {
+  Outcome outcome;
+  outcome.status = 1;
+  outcome.err = "Failed to update config, error: " + cause + "\n";
+  outcome.log = {"3: kelpwifiupdater:954 Failed to update config, error: " + cause + ", buildNumber: 8000"};
+  return outcome;
+}
+
+TEST(RulesOracle, LeavesTheCauseOfAFailureOpen) {
+  RulesOracle oracle;
+  oracle.with_failed_service = {WithoutCauses(Failed("cannot write /a: Input/output error"))};
+  EXPECT_TRUE(oracle.Allows(Failed("cannot flush /a: No space left on device")));
+}
+
+TEST(RulesOracle, LeavesNothingElseOpen) {
+  RulesOracle oracle;
+  oracle.with_failed_service = {WithoutCauses(Failed("cannot write /a"))};
+  Outcome other = Failed("cannot write /a");
+  other.log.push_back("3: kelpwifiupdater:896 Failed to call KELPUSBGetUSB3DisableUbootEnv");
+  EXPECT_FALSE(oracle.Allows(other));
+  other = Failed("cannot write /a");
+  other.files["/a"] = {};
+  EXPECT_FALSE(oracle.Allows(other));
+  other = Failed("cannot write /a");
+  other.status = 0;
+  EXPECT_FALSE(oracle.Allows(other));
+}
+
+TEST(RulesOracle, AllowsTheUndisturbedOutcome) {
+  RulesOracle oracle;
+  oracle.undisturbed.status = 0;
+  oracle.undisturbed.files["/a"] = {};
+  EXPECT_TRUE(oracle.Allows(oracle.undisturbed));
+  EXPECT_EQ(oracle.Trees().size(), 1U);
+}
+
+}  // namespace
+}  // namespace lab::sweeps
