@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -75,9 +76,7 @@ bool IsConfigurationUsable() {
   }
 }
 
-}  // namespace
-
-int KELPUSBGetUSB3DisableUbootEnv() {
+int AskOnce() {
   if (!IsConfigurationUsable()) return -1;
   uboot_ctx* made = nullptr;
   if (libuboot_initialize(&made, nullptr) < 0) return -1;
@@ -91,4 +90,15 @@ int KELPUSBGetUSB3DisableUbootEnv() {
   const std::unique_ptr<char, Free> value(libuboot_get_env(made, kVariable));
   const bool disabled = value != nullptr && value.get()[0] != '\0' && std::strcmp(value.get(), "0") != 0;
   return disabled ? 1 : 0;
+}
+
+}  // namespace
+
+int KELPUSBGetUSB3DisableUbootEnv() {
+  int answer = -1;
+  do {  // the library takes a read that a signal interrupts for a failed one
+    errno = 0;
+    answer = AskOnce();
+  } while (answer < 0 && errno == EINTR);
+  return answer;
 }

@@ -68,7 +68,7 @@ TEST(Floor, LeavesTheDeviceAsTheProgramDoes) {
 
   const Contestant floor = MakeFloor(recording.inputs, recording.run);
   lab::PrivateRoot root = MakeRoot(device.image, floor);
-  lab::Tree after = Run(root, floor, kNoWrapper).after;
+  lab::Tree after = RunContestant(root, floor, kNoWrapper).after;
 
   lab::Tree expected = recording.run.after;
   for (lab::Tree* tree : {&after, &expected}) {
@@ -112,12 +112,12 @@ TEST(Stopwatch, TellsWhatARunCosts) {
   EXPECT_THAT(cost.peak_kilobytes, AllOf(Gt(1024), Lt(1024 * 1024)));
 }
 
-TEST(Run, TellsWhyAContestantFailed) {
+TEST(RunContestant, TellsWhyAContestantFailed) {
   const Device device{Sample("failing-archive")};
   const Contestant program = MakeProgram(device);
   lab::PrivateRoot root = MakeRoot(device.image, program);
 
-  EXPECT_THAT([&] { Run(root, program, kNoWrapper); },
+  EXPECT_THAT([&] { RunContestant(root, program, kNoWrapper); },
               ::testing::ThrowsMessage<std::runtime_error>(::testing::HasSubstr("lbd.guest.conf")));
 }
 

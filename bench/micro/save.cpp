@@ -1,0 +1,26 @@
+// A document onto the storage: all or nothing, flushed. In memory, so that the disk does not count.
+#include <benchmark/benchmark.h>
+
+#include "bench/micro/samples.h"
+#include "bench/micro/scratch_file.h"
+#include "platform/durable_file.h"
+#include "platform/json_serializer.h"
+#include "platform/json_util.h"
+
+namespace {
+
+void ReplaceBytes(benchmark::State& state) {
+  const bench::ScratchFile file("");
+  const std::string bytes(static_cast<std::size_t>(state.range(0)), 'x');
+  for (auto iteration : state) KELP::Wifi::ReplaceFile(file.Path(), bytes);
+}
+BENCHMARK(ReplaceBytes)->Arg(0)->Arg(4096)->Arg(65536);
+
+void SaveNetwork(benchmark::State& state) {
+  const bench::ScratchFile file("");
+  const Json::Value value = KELP::Wifi::Util::JsonSerializer::Serialize(bench::Network());
+  for (auto iteration : state) KELP::Wifi::Util::JsonUtil::SaveJsonToFile(file.Path(), value);
+}
+BENCHMARK(SaveNetwork);
+
+}  // namespace
