@@ -120,10 +120,12 @@ std::string ReadAll(int descriptor, const std::string& path) {
 }
 
 void WriteAll(int descriptor, std::string_view bytes, const std::string& path) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    // cppcheck-suppress danglingTemporaryLifetime ; the caller's bytes outlive the call
+    const ssize_t written = ::write(descriptor, bytes.data() + done, bytes.size() - done);
     if (written >= 0) {
-      bytes.remove_prefix(static_cast<std::size_t>(written));
+      done += static_cast<std::size_t>(written);
     } else if (errno != EINTR) {
       ThrowErrno("write", path);
     }

@@ -83,7 +83,8 @@ class Child {
     ::kill(-pid, SIGKILL);
     ::kill(pid, SIGKILL);
     int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) continue;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
     return status;
   }
 

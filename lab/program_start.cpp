@@ -26,8 +26,8 @@ union DescriptorControl {
   std::array<char, CMSG_SPACE(sizeof(int))> bytes;
 };
 
-void ReportDescriptor(int report, std::string path, const Descriptor& descriptor) {
-  iovec text{path.data(), path.size()};
+void ReportDescriptor(int report, const std::string& path, const Descriptor& descriptor) {
+  iovec text{const_cast<char*>(path.data()), path.size()};  // only read from
   DescriptorControl control{};
   msghdr message{};
   message.msg_iov = &text;

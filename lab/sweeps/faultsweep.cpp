@@ -100,6 +100,7 @@ bool Sweep(const Request& request, const std::string& program) {
   std::map<std::string, std::pair<std::size_t, std::size_t>> kinds;  // tried, ended well
   std::size_t well = 0;
   for (std::size_t i = 0; i < faults.size(); ++i) {
+    // cppcheck-suppress variableScope ; a structured binding has but one scope
     auto& [tried, ended_well] = kinds[KindOf(faults[i])];
     ++tried;
     if (results[i].empty()) {

@@ -24,6 +24,7 @@ class SharedCounter {
  public:
   SharedCounter() {
     void* const memory =
+        // cppcheck-suppress invalidFunctionArg ; no file stands behind anonymous memory
         ::mmap(nullptr, sizeof(Counter), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
     counter_ = new (memory) Counter(0);

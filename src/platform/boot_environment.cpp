@@ -46,7 +46,7 @@ bool NamesFifo(const std::string& path) {
 
 std::string TakeField(std::string_view& rest) {
   rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
-  const std::string field(rest.substr(0, rest.find_first_of(kBlanks)));
+  std::string field(rest.substr(0, rest.find_first_of(kBlanks)));
   rest.remove_prefix(field.size());
   return field;
 }
@@ -56,7 +56,7 @@ std::string TakeField(std::string_view& rest) {
 bool IsUsable(std::string_view line) {
   if (line.starts_with('#')) return true;
   const std::string device = TakeField(line);
-  const std::string offset = TakeField(line);
+  TakeField(line);  // the offset
   const std::string size = TakeField(line);
   if (size.empty()) return true;  // describes no environment
   const unsigned long long bytes = std::strtoull(size.c_str(), nullptr, kHexadecimal);

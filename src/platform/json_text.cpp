@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 
 namespace KELP::Wifi {
@@ -26,7 +27,7 @@ bool IsFilledContainer(const Json::Value& value) {
   return (value.isObject() || value.isArray()) && !value.empty();
 }
 
-class Writer {
+class TextWriter {
  public:
   std::string text;
 
@@ -114,8 +115,8 @@ class Writer {
   void WriteQuoted(std::string_view bytes) {
     text += '"';
     while (!bytes.empty()) {
-      const auto special = std::find_if(bytes.begin(), bytes.end(), NeedsEscape);
-      const auto plain = static_cast<std::size_t>(special - bytes.begin());
+      const auto plain = static_cast<std::size_t>(
+          std::distance(bytes.begin(), std::find_if(bytes.begin(), bytes.end(), NeedsEscape)));
       text += bytes.substr(0, plain);
       bytes.remove_prefix(plain);
       if (bytes.empty()) break;
@@ -164,7 +165,7 @@ class Writer {
 }  // namespace
 
 std::string ToIndentedText(const Json::Value& value) {
-  Writer writer;
+  TextWriter writer;
   writer.Write(value);
   return std::move(writer.text);
 }

@@ -2,9 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <syslog.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -19,6 +19,7 @@ using ::testing::IsEmpty;
 
 std::vector<std::string> Messages(const std::vector<LogLine>& lines) {
   std::vector<std::string> messages;
+  messages.reserve(lines.size());
   for (const LogLine& line : lines) messages.push_back(line.message);
   return messages;
 }

@@ -3,11 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <syslog.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <system_error>

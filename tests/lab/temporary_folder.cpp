@@ -1,8 +1,7 @@
 #include "tests/lab/temporary_folder.h"
 
-#include <stdlib.h>
-
 #include <cerrno>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <system_error>

@@ -50,12 +50,12 @@ int Kill(const Arguments& arguments) {
   return 0;
 }
 
-int Sleep(const Arguments&) {
+int Sleep(const Arguments& /*unused*/) {
   while (true) pause();
 }
 
 /// Leaves a process behind that holds the output streams open.
-int LeaveBehind(const Arguments&) {
+int LeaveBehind(const Arguments& /*unused*/) {
   if (fork() == 0) Sleep({});
   return 0;
 }
@@ -103,13 +103,13 @@ int ChangeMode(const Arguments& arguments) {
   return chmod(arguments.at(0).c_str(), mode) == 0 ? 0 : Fail(arguments.at(0));
 }
 
-int Environment(const Arguments&) {
+int Environment(const Arguments& /*unused*/) {
   for (char** variable = environ; *variable != nullptr; ++variable) std::cout << *variable << '\n';
   return 0;
 }
 
 /// What a process has from the one that started it.
-int Inheritance(const Arguments&) {
+int Inheritance(const Arguments& /*unused*/) {
   std::cout << "folder " << std::filesystem::current_path().native() << '\n';
   const mode_t mask = umask(0);
   std::cout << "umask " << std::oct << mask << std::dec << '\n';
