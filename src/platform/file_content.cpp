@@ -57,6 +57,7 @@ FileContent ReadRegularFile(const std::string& path, std::size_t size_limit) {
 
   std::string& bytes = content.bytes;
   const auto expected = static_cast<std::size_t>(std::max<off_t>(status.st_size, 0));
+  if (expected > size_limit) ThrowUnreadable(path, EFBIG);  // before it costs any memory
   // One byte more than expected lets the read that finds the end go without growing the buffer.
   bytes.resize(std::clamp(expected + 1, kSmallestRead, kLargestFirstReservation));
   std::size_t filled = 0;
