@@ -11,7 +11,7 @@
 
 #include "lab/in_root.h"
 #include "lab/private_root.h"
-#include "tests/platform/without_file_privileges.h"
+#include "tests/support/without_file_privileges.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

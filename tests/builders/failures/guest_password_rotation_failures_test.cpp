@@ -3,7 +3,7 @@
 #include "builders/guest_password_rotation.h"
 #include "builders/network_setting.h"
 #include "platform/exceptions.h"
-#include "tests/platform/failing_allocation.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/failing_format.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"

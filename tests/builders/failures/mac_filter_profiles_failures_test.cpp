@@ -4,10 +4,10 @@
 
 #include "builders/mac_filter_profiles.h"
 #include "tests/builders/failing_platform.h"
-#include "tests/platform/failing_allocation.h"
-#include "tests/platform/without_file_privileges.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"
+#include "tests/support/without_file_privileges.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

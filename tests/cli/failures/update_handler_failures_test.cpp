@@ -2,8 +2,8 @@
 
 #include "cli/update_handler.h"
 #include "tests/cli/failing_facts.h"
-#include "tests/platform/failing_allocation.h"
 #include "tests/support/captured_streams.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/json_text.h"
 #include "tests/support/test_device.h"
 

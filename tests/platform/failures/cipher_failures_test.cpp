@@ -8,8 +8,8 @@
 #include "lab/private_root.h"
 #include "lab/secret_seal.h"
 #include "platform/cipher.h"
-#include "tests/platform/failing_allocation.h"
 #include "tests/platform/failing_calls.h"
+#include "tests/support/failing_allocation.h"
 
 namespace {
 

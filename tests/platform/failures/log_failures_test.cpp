@@ -6,8 +6,8 @@
 #include "lab/in_root.h"
 #include "lab/private_root.h"
 #include "platform/log.h"
-#include "tests/platform/failing_allocation.h"
 #include "tests/platform/failing_calls.h"
+#include "tests/support/failing_allocation.h"
 
 namespace KELP::Wifi {
 namespace {

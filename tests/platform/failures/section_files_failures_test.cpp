@@ -5,7 +5,7 @@
 #include "lab/in_root.h"
 #include "lab/private_root.h"
 #include "platform/section_files.h"
-#include "tests/platform/failing_allocation.h"
+#include "tests/support/failing_allocation.h"
 
 namespace {
 

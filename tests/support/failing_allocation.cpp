@@ -1,4 +1,4 @@
-#include "tests/platform/failing_allocation.h"
+#include "tests/support/failing_allocation.h"
 
 #include <cstdlib>
 #include <new>

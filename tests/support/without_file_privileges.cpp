@@ -1,4 +1,4 @@
-#include "tests/platform/without_file_privileges.h"
+#include "tests/support/without_file_privileges.h"
 
 #include <linux/capability.h>
 #include <sys/syscall.h>
