@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <stdexcept>
 
-#include "tests/lab/child_process.h"
 #include "tests/lab/temporary_folder.h"
+#include "tests/support/child_process.h"
 
 namespace lab {
 namespace {
@@ -72,11 +72,12 @@ TEST(InstallBootEnvironment, GivesADeviceItsBootEnvironment) {
 class PrintedEnvironment : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (lab_test::Shell("command -v fw_printenv").status != 0) GTEST_SKIP() << "no fw_printenv";
+    if (testing_support::Shell("command -v fw_printenv").status != 0) GTEST_SKIP() << "no fw_printenv";
   }
 
   std::string Print(const std::string& arguments = "") const {
-    return lab_test::Shell("fw_printenv -c " + (folder_ / "config").native() + " " + arguments + " | sort")
+    return testing_support::Shell("fw_printenv -c " + (folder_ / "config").native() + " " + arguments +
+                                  " | sort")
         .output;
   }
 

@@ -7,18 +7,18 @@
 #include "lab/boot_environment.h"
 #include "lab/namespaces.h"
 #include "lab/tree.h"
-#include "tests/lab/child_process.h"
 #include "tests/lab/temporary_folder.h"
+#include "tests/support/child_process.h"
 
 namespace lab {
 namespace {
 
 namespace fs = std::filesystem;
-using lab_test::Shell;
-using lab_test::ShellResult;
 using lab_test::TemporaryFolder;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+using testing_support::Shell;
+using testing_support::ShellResult;
 
 /// A device image and a folder for everything else.
 class DeviceLab : public ::testing::Test {
@@ -158,8 +158,8 @@ TEST_F(DeviceLab, WritesTheCopiesOfRedundantBootEnvironments) {
 }
 
 TEST_F(DeviceLab, RunsAsAnOrdinaryUser) {
-  if (!lab_test::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
-  const std::string reason = lab_test::AsOrdinaryUser([] {
+  if (!testing_support::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
+  const std::string reason = testing_support::AsOrdinaryUser([] {
     if (::access(TEST_PROGRAM, X_OK) != 0) return std::string("the build folder is not for others");
     return WhyNotPossible().value_or("");
   });

@@ -11,8 +11,8 @@
 #include <system_error>
 
 #include "lab/tree.h"
-#include "tests/lab/child_process.h"
 #include "tests/lab/temporary_folder.h"
+#include "tests/support/child_process.h"
 
 namespace lab {
 namespace {
@@ -89,9 +89,9 @@ TEST_F(FileCopy, RemovesWhateverTheModes) {
     RemoveEntries(Open(from_.Path()).Get(), from_.Path());
     return std::string("removed");
   };
-  if (lab_test::MayBecomeOrdinaryUser()) {
-    lab_test::Shell("chown -R nobody " + from_.Path().native());
-    EXPECT_EQ(lab_test::AsOrdinaryUser(remove), "removed");
+  if (testing_support::MayBecomeOrdinaryUser()) {
+    testing_support::Shell("chown -R nobody " + from_.Path().native());
+    EXPECT_EQ(testing_support::AsOrdinaryUser(remove), "removed");
   } else {
     EXPECT_EQ(remove(), "removed");
   }

@@ -16,21 +16,21 @@
 #include "lab/descriptor.h"
 #include "lab/in_root.h"
 #include "lab/private_root.h"
-#include "tests/lab/child_process.h"
 #include "tests/lab/temporary_folder.h"
+#include "tests/support/child_process.h"
 
 namespace lab {
 namespace {
 
-using lab_test::AsOrdinaryUser;
-using lab_test::InChild;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using testing_support::AsOrdinaryUser;
+using testing_support::InChild;
 
 class OrdinaryUser : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!lab_test::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
+    if (!testing_support::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
     const std::string reason = AsOrdinaryUser([] { return WhyNotPossible().value_or(""); });
     if (!reason.empty()) GTEST_SKIP() << reason;
   }

@@ -9,14 +9,14 @@
 
 #include "lab/file_copy.h"
 #include "lab/namespaces.h"
-#include "tests/lab/child_process.h"
 #include "tests/lab/temporary_folder.h"
+#include "tests/support/child_process.h"
 
 namespace lab {
 namespace {
 
 namespace fs = std::filesystem;
-using lab_test::InChild;
+using testing_support::InChild;
 
 bool Mounts(const std::vector<HostMount>& mounts, const std::string& device_path) {
   return std::ranges::any_of(mounts,

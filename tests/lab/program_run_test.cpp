@@ -13,8 +13,8 @@
 #include <thread>
 
 #include "lab/namespaces.h"
-#include "tests/lab/child_process.h"
 #include "tests/lab/temporary_folder.h"
+#include "tests/support/child_process.h"
 
 namespace lab {
 namespace {
@@ -208,7 +208,7 @@ TEST(RunProgram, ClosesTheStandardStreamsWhenAskedTo) {
 }
 
 TEST(RunProgram, WorksWhenTheCallerHasNoStandardStreams) {
-  const std::string answer = lab_test::InChild([] {
+  const std::string answer = testing_support::InChild([] {
     // Keeps the way back to the test, whatever number it has, out of the closing.
     for (const int descriptor : {0, 1, 2}) ::close(descriptor);
     const RunResult result = RunTest({"say", "out", "err"});
@@ -398,8 +398,8 @@ TEST_F(Starting, LeavesNothingBehindOnFailure) {
 class OrdinaryUserRuns : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!lab_test::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
-    const std::string reason = lab_test::AsOrdinaryUser([] {
+    if (!testing_support::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
+    const std::string reason = testing_support::AsOrdinaryUser([] {
       if (::access(TEST_PROGRAM, X_OK) != 0) return std::string("the build folder is not for others");
       return WhyNotPossible().value_or("");
     });
@@ -419,11 +419,11 @@ class OrdinaryUserRuns : public ::testing::Test {
 };
 
 TEST_F(OrdinaryUserRuns, WorkInNamespacesOfTheirOwn) {
-  EXPECT_EQ(lab_test::AsOrdinaryUser(RunEverything), "logged, kernel entry, y");
+  EXPECT_EQ(testing_support::AsOrdinaryUser(RunEverything), "logged, kernel entry, y");
 }
 
 TEST_F(OrdinaryUserRuns, WorkAfterEnteringNamespaces) {
-  const std::string answer = lab_test::AsOrdinaryUser([] {
+  const std::string answer = testing_support::AsOrdinaryUser([] {
     EnterNamespaces();
     return RunEverything();
   });
@@ -431,7 +431,7 @@ TEST_F(OrdinaryUserRuns, WorkAfterEnteringNamespaces) {
 }
 
 TEST_F(OrdinaryUserRuns, AreBoundByFileModesWhenToldSo) {
-  const std::string answer = lab_test::AsOrdinaryUser([] {
+  const std::string answer = testing_support::AsOrdinaryUser([] {
     EnterNamespaces();
     PrivateRoot root;
     root.Write("/secret", "x", 0);

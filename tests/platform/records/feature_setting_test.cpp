@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/json_serializer.h"
-#include "tests/platform/parse_json.h"
 #include "tests/platform/records/sample_feature.h"
+#include "tests/support/json_text.h"
 
 namespace KELP::Wifi {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "platform/json_serializer.h"
 #include "tests/platform/country_names.h"
-#include "tests/platform/parse_json.h"
+#include "tests/support/json_text.h"
 
 namespace KELP::Wifi::Daemon {
 namespace {

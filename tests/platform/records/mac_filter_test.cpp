@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/json_serializer.h"
-#include "tests/platform/parse_json.h"
+#include "tests/support/json_text.h"
 
 namespace KELP::Wifi {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/lab/child_process.h"
+#include "tests/support/child_process.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -13,7 +13,7 @@
 #include "lab/descriptor.h"
 #include "lab/file_copy.h"
 
-namespace lab_test {
+namespace testing_support {
 namespace {
 
 constexpr unsigned kNobody = 65534;
@@ -77,4 +77,4 @@ ShellResult Shell(const std::string& command) {
   return result;
 }
 
-}  // namespace lab_test
+}  // namespace testing_support

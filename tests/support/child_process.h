@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-namespace lab_test {
+namespace testing_support {
 
 /// What `operation` gives in a child process, or the text of its exception.
 std::string InChild(const std::function<std::string()>& operation);
@@ -22,4 +22,4 @@ struct ShellResult {
 
 ShellResult Shell(const std::string& command);
 
-}  // namespace lab_test
+}  // namespace testing_support
