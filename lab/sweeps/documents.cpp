@@ -27,12 +27,21 @@ bool IsArchived(const std::string& path, const Entry& entry, const Tree& before)
   });
 }
 
-bool IsNew(const std::string& path, const Entry& entry, const std::vector<const Tree*>& written) {
-  if (entry.mode != kOwnerOnly) return false;
+/// Whether the document at `path` is one of `written` and not the one that stood there before.
+bool IsNew(const std::string& path, const Tree& before, const Tree& after,
+           const std::vector<const Tree*>& written) {
+  const Entry* const document = Find(after, path);
+  const Entry* const old = Find(before, path);
+  if (document == nullptr || document->mode != kOwnerOnly || (old != nullptr && *old == *document))
+    return false;
   return std::any_of(written.begin(), written.end(), [&](const Tree* tree) {
     const Entry* const expected = Find(*tree, path);
-    return expected != nullptr && *expected == entry;
+    return expected != nullptr && *expected == *document;
   });
+}
+
+std::string DocumentOf(const std::string& temporary_name) {
+  return temporary_name.substr(0, temporary_name.size() - kTemporarySuffix.size());
 }
 
 }  // namespace
@@ -49,6 +58,10 @@ bool IsTemporaryName(const std::string& path) {
   return path.starts_with(kFolder) && path.ends_with(kTemporarySuffix);
 }
 
+std::string TemporaryNameOf(const std::string& path) {
+  return path + std::string(kTemporarySuffix);
+}
+
 bool IsLockOfBootEnvironment(const std::string& path) {
   return path == "/var/lock/fw_printenv.lock";
 }
@@ -59,8 +72,7 @@ std::string ArchivedPath(const std::string& path) {
 
 std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
                                       const std::vector<const Tree*>& written, bool may_leave_temporary) {
-  const Entry* const global = Find(after, kGlobalDocument);
-  const bool global_is_new = global != nullptr && IsNew(kGlobalDocument, *global, written);
+  const auto is_new = [&](const std::string& path) { return IsNew(path, before, after, written); };
 
   for (const auto& [path, entry] : before) {
     const bool is_no_matter =
@@ -70,7 +82,7 @@ std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
     if (here != nullptr && *here == entry) continue;
     if (IsDocument(path)) {
       if (here == nullptr) return "the old document is gone: " + path;
-      if (!IsNew(path, *here, written)) return "neither the old nor a new document, whole: " + path;
+      if (!is_new(path)) return "neither the old nor a new document, whole: " + path;
       continue;
     }
     if (here != nullptr) {
@@ -80,14 +92,19 @@ std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
     const Entry* const archived = Find(after, ArchivedPath(path));
     if (archived != nullptr && *archived == entry) continue;
     if (!IsConsumedBy13(path)) return "gone from its place and from the archive: " + path;
-    if (!global_is_new) return "gone before global.json stands: " + path;
+    if (!is_new(kGlobalDocument)) return "gone before global.json stands: " + path;
   }
   for (const auto& [path, entry] : after) {
+    if (IsTemporaryName(path)) {
+      const Entry* const earlier = Find(before, path);
+      const bool is_untouched = earlier != nullptr && *earlier == entry && !is_new(DocumentOf(path));
+      if (!may_leave_temporary && !is_untouched) return "left beside the documents: " + path;
+      if (entry.kind != Entry::Kind::File || entry.mode != kOwnerOnly) return "others may read " + path;
+      continue;
+    }
     if (before.contains(path) || path == kArchive || IsLockOfBootEnvironment(path)) continue;
     if (IsDocument(path)) {
-      if (!IsNew(path, entry, written)) return "no document that the rules give, whole: " + path;
-    } else if (IsTemporaryName(path)) {
-      if (!may_leave_temporary) return "left beside the documents: " + path;
+      if (!is_new(path)) return "no document that the rules give, whole: " + path;
     } else if (!IsArchived(path, entry, before)) {
       return "nobody asked for " + path;
     }

@@ -18,6 +18,9 @@ bool IsDocument(const std::string& path);
 /// A name under which a document is written before it takes its own.
 bool IsTemporaryName(const std::string& path);
 
+/// That name of the document at `path`.
+std::string TemporaryNameOf(const std::string& path);
+
 /// The one file that a run may leave besides its results.
 bool IsLockOfBootEnvironment(const std::string& path);
 
@@ -28,7 +31,8 @@ std::string ArchivedPath(const std::string& path);
 /// and of which the documents of `written` are what the rules give: every document is absent, the old one or
 /// a new one, whole; no file of the device has changed or is gone from both its place and the archive, but
 /// for the two that a migration of generation 1.3 consumes once its document stands; nothing lies beside the
-/// documents unless `may_leave_temporary`. Gives the first breach in words.
+/// documents, but for what lay there before beside one that is not new, unless `may_leave_temporary`; and
+/// what lies there nobody else may read. Gives the first breach in words.
 std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
                                       const std::vector<const Tree*>& written, bool may_leave_temporary);
 

@@ -1,14 +1,21 @@
 #include "lab/sweeps/fault.h"
 
 namespace lab::sweeps {
+namespace {
+
+bool IsShort(const Fault& fault) {
+  return fault.kind == Fault::Kind::ShortTransfer || fault.kind == Fault::Kind::ShortTransfers;
+}
+
+}  // namespace
 
 std::string NameOf(const Fault& fault) {
-  const std::string place = fault.call + ":" + std::to_string(fault.ordinal) + ":";
-  return place + (fault.kind == Fault::Kind::Error ? fault.error : "short=" + std::to_string(fault.bytes));
+  const std::string call = fault.call + ":" + std::to_string(fault.ordinal) + ":";
+  return call + (IsShort(fault) ? "short=" + std::to_string(fault.bytes) : fault.error);
 }
 
 std::string KindOf(const Fault& fault) {
-  return fault.call + " " + (fault.kind == Fault::Kind::Error ? fault.error : "short");
+  return fault.call + " " + (IsShort(fault) ? "short" : fault.error);
 }
 
 std::vector<std::string> WrapperOf(const Fault& fault, const std::string& strace, const std::string& tamper,
@@ -20,6 +27,8 @@ std::vector<std::string> WrapperOf(const Fault& fault, const std::string& strace
       return {tamper, "shorten", fault.call, ordinal, bytes};
     case Fault::Kind::ShortTransfers:
       return {tamper, "shorten-from", ordinal, bytes};
+    case Fault::Kind::NoMemory:
+      return {tamper, "refuse-memory", ordinal};
     case Fault::Kind::Error:
       break;
   }

@@ -14,6 +14,7 @@ struct Fault {
     ShortTransfer,   // the call moves at most `bytes` bytes
     ShortTransfers,  // every transfer from the call at `ordinal` (of all calls, from 1) on moves at most
                      // `bytes` bytes
+    NoMemory,        // from that call on the kernel has no memory to give
   };
   /// What the run owes its caller beside ending well.
   enum class Duty {
@@ -32,9 +33,10 @@ struct Fault {
   Duty duty = Duty::None;
   Channel channel = Channel::None;
   std::string subject;  // as SubjectOf gives it: tells whether a later run's call is the one that was meant
+  std::string place;    // the file or folder that the call is about, as a service names it; empty for none
 };
 
-/// "read:12:EIO", "write:3:short=1", "all:117:short=1".
+/// "read:12:EIO", "write:3:short=1", "all:117:short=1", "memory:140:refused".
 std::string NameOf(const Fault& fault);
 
 /// "read EIO", "write short": by what faults are counted.

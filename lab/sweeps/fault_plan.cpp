@@ -48,8 +48,8 @@ const std::map<std::string_view, Errors>& ErrorsOfCalls() {
       {"mremap", {"ENOMEM"}},
       {"munmap", {"ENOMEM"}},
       {"newfstatat", {"EACCES", "EIO", "ENOMEM"}},
-      {"open", {"EACCES", "EMFILE", "ENFILE", "EIO", "ENOMEM"}},
-      {"openat", {"EACCES", "EMFILE", "ENFILE", "EIO", "ENOMEM"}},
+      {"open", {"EACCES", "EMFILE", "ENFILE", "EIO", "ENOMEM", "EINTR"}},
+      {"openat", {"EACCES", "EMFILE", "ENFILE", "EIO", "ENOMEM", "EINTR"}},
       {"poll", {"ENOMEM", "EINTR"}},
       {"ppoll", {"ENOMEM", "EINTR"}},
       {"pread64", {"EIO", "EINTR"}},
@@ -116,6 +116,28 @@ Fault::Channel ChannelOf(const SystemCall& call, const OpenedFile* used) {
   return is_report ? Fault::Channel::StandardError : Fault::Channel::None;
 }
 
+/// The services know a document, not the name that it is written under, and the kernel's entries as one.
+std::string AsServicesName(std::string path) {
+  constexpr std::string_view kKernelEntries = "/proc/sys/kernel/kelp_mac_address";
+  constexpr std::string_view kTemporary = ".new";
+  if (path.starts_with(kKernelEntries)) path.resize(kKernelEntries.size());
+  if (path.ends_with(kTemporary)) path.resize(path.size() - kTemporary.size());
+  return path;
+}
+
+std::string PlaceOf(const SystemCall& call, const OpenedFile* opened, const OpenedFile* used,
+                    const DescriptorTable& descriptors) {
+  static const std::set<std::string_view> by_path{"access", "lstat", "mkdir", "readlink",
+                                                  "rename", "rmdir", "stat",  "unlink"};
+  static const std::set<std::string_view> by_path_in_folder{
+      "faccessat2", "mkdirat", "newfstatat", "readlinkat", "renameat", "renameat2", "statx", "unlinkat"};
+  if (opened != nullptr) return AsServicesName(opened->path);
+  if (used != nullptr) return AsServicesName(used->path);
+  if (by_path.contains(call.name)) return AsServicesName(descriptors.PathAt(call, 0, std::nullopt));
+  if (by_path_in_folder.contains(call.name)) return AsServicesName(descriptors.PathAt(call, 1, 0));
+  return {};
+}
+
 std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descriptors) {
   const auto known = ErrorsOfCalls().find(call.name);
   if (known == ErrorsOfCalls().end()) {
@@ -123,14 +145,15 @@ std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descr
   }
   const std::optional<OpenedFile> opened = descriptors.OpenedBy(call);
   const OpenedFile* const used = descriptors.UsedBy(call);
+  const OpenedFile* const opens = opened ? &*opened : nullptr;
 
   Fault fault;
   fault.call = call.name;
   fault.ordinal = call.ordinal;
   fault.subject = SubjectOf(call);
+  fault.place = PlaceOf(call, opens, used, descriptors);
   fault.channel = ChannelOf(call, used);
-  const Fault::Duty duty =
-      IsStepOfMigration(call, opened ? &*opened : nullptr, used) ? Fault::Duty::Fail : Fault::Duty::None;
+  const Fault::Duty duty = IsStepOfMigration(call, opens, used) ? Fault::Duty::Fail : Fault::Duty::None;
 
   std::vector<Fault> faults;
   Errors errors = known->second;
@@ -152,12 +175,18 @@ std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descr
       faults.push_back(fault);
     }
   }
-  if (call.name == "brk") {  // a break that stays where it was is how the kernel refuses memory
+  if (call.name == "brk" &&
+      call.arguments.at(0) != "NULL") {  // a break that stays where it was is how the kernel refuses memory
     fault.bytes = 0;
     fault.duty = Fault::Duty::None;
     faults.push_back(fault);
   }
   return faults;
+}
+
+bool AsksForMemory(const SystemCall& call) {
+  return (call.name == "brk" && call.arguments.at(0) != "NULL") || call.name == "mmap" ||
+         call.name == "mremap";
 }
 
 }  // namespace
@@ -179,6 +208,17 @@ std::vector<Fault> PlanFaults(const std::vector<SystemCall>& calls, std::size_t 
   trickle.bytes = 1;
   trickle.duty = Fault::Duty::SameResult;
   faults.push_back(trickle);
+
+  const auto begin = calls.begin() + static_cast<std::ptrdiff_t>(first);
+  const auto request = std::find_if(begin, calls.end(), AsksForMemory);
+  if (request != calls.end()) {
+    Fault no_memory;
+    no_memory.kind = Fault::Kind::NoMemory;
+    no_memory.call = "memory";
+    no_memory.error = "refused";
+    no_memory.ordinal = static_cast<int>(request - calls.begin()) + 1;
+    faults.push_back(no_memory);
+  }
   return faults;
 }
 

@@ -4,16 +4,15 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
-#include <iostream>
 #include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "lab/namespaces.h"
+#include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/fault_plan.h"
 #include "lab/sweeps/rules_oracle.h"
+#include "lab/sweeps/sweep_command.h"
 #include "lab/sweeps/verdict.h"
 #include "lab/sweeps/workers.h"
 
@@ -21,12 +20,11 @@ namespace lab::sweeps {
 namespace {
 
 struct Request {
-  std::string image;
-  int build_number = 0;
-  unsigned workers = 2;
+  Subject subject;
   std::size_t sample = 0;  // 0: all faults
   std::uint64_t seed = 1;
   std::vector<std::string> only;
+  bool after_earlier_run = false;
 };
 
 std::vector<Fault> Choose(const Request& request, const std::vector<Fault>& planned) {
@@ -73,28 +71,31 @@ std::string Command(const Fault& fault) {
 void PrintFailure(const Fault& fault, const std::string& wrong, const Request& request,
                   const std::string& program) {
   std::printf(
-      "\nFAILED %s: %s\n  reproduce: %s %s --from %d --only %s\n  which runs: %s --update-config %d\n",
-      NameOf(fault).c_str(), wrong.c_str(), program.c_str(), request.image.c_str(), request.build_number,
-      NameOf(fault).c_str(), Command(fault).c_str(), request.build_number);
+      "\nFAILED %s: %s\n  reproduce: %s %s --from %d%s --only %s\n  which runs: %s --update-config %d\n",
+      NameOf(fault).c_str(), wrong.c_str(), program.c_str(), request.subject.image.c_str(),
+      request.subject.build_number, request.after_earlier_run ? " --after-earlier-run" : "",
+      NameOf(fault).c_str(), Command(fault).c_str(), request.subject.build_number);
 }
 
 bool Sweep(const Request& request, const std::string& program) {
   const Programs programs = Programs::BesideThisOne();
-  const Device device = ReadDevice(request.image, request.build_number);
-  const RulesOracle oracle = AskRules(device, programs, request.workers);
+  Device device = ReadDevice(request.subject.image, request.subject.build_number);
+  if (request.after_earlier_run) device = WithLeftovers(WithOldDocuments(device, programs), programs);
+  const RulesOracle oracle = AskRules(device, programs, request.subject.workers);
   const std::vector<SystemCall> calls = RecordMigration(device, programs);
   const std::size_t first = FirstCallOfMain(calls);
   const std::vector<Fault> planned = PlanFaults(calls, first);
   const std::vector<Fault> faults = Choose(request, planned);
   std::printf(
-      "%s --from %d: %zu system calls from main on, %zu ways in which one of them can fail, %zu of them "
+      "%s --from %d%s: %zu system calls from main on, %zu ways in which one of them can fail, %zu of them "
       "tried; "
       "undisturbed status %d, %zu outcomes by the rules when one service fails\n",
-      request.image.c_str(), request.build_number, calls.size() - first, planned.size(), faults.size(),
-      oracle.undisturbed.status, oracle.with_failed_service.size());
+      request.subject.image.c_str(), request.subject.build_number,
+      request.after_earlier_run ? " --after-earlier-run" : "", calls.size() - first, planned.size(),
+      faults.size(), oracle.undisturbed.status, oracle.with_failed_service.size());
 
   const std::vector<std::string> results =
-      DoInWorkers(faults.size(), request.workers,
+      DoInWorkers(faults.size(), request.subject.workers,
                   [&](std::size_t place) { return Try(faults[place], device, programs, oracle); });
 
   std::map<std::string, std::pair<std::size_t, std::size_t>> kinds;  // tried, ended well
@@ -123,20 +124,12 @@ bool Sweep(const Request& request, const std::string& program) {
 int main(int argument_count, char* arguments[]) {
   lab::sweeps::Request request;
   CLI::App app("Lets each system call of a migration fail in turn, in every way in which it can.");
-  app.add_option("device", request.image, "folder with the device image")
-      ->required()
-      ->check(CLI::ExistingDirectory);
-  app.add_option("--from", request.build_number, "build number that the device is updated from")->required();
-  app.add_option("--workers", request.workers, "processes at a time");
+  lab::sweeps::AddSubject(app, request.subject);
   app.add_option("--sample", request.sample, "try only so many faults, one of every kind among them");
   app.add_option("--seed", request.seed, "what the sample is drawn with");
   app.add_option("--only", request.only, "try only this fault, named as in a report: read:12:EIO");
+  app.add_flag("--after-earlier-run", request.after_earlier_run,
+               "begin with old documents in place, and beside them what an interrupted run left");
   CLI11_PARSE(app, argument_count, arguments);
-  try {
-    lab::EnterNamespaces();
-    return lab::sweeps::Sweep(request, arguments[0]) ? 0 : 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "faultsweep: %s\n", error.what());
-    return 2;
-  }
+  return lab::sweeps::RunSweep("faultsweep", [&] { return lab::sweeps::Sweep(request, arguments[0]); });
 }

@@ -25,9 +25,31 @@ class Extraction {
  public:
   void Take(const SystemCall& call) {
     static const std::set<std::string_view> unknown{
-        "copy_file_range", "fallocate", "ftruncate", "link",     "linkat", "mknod",   "mknodat",
-        "pwrite64",        "pwritev",   "rmdir",     "sendfile", "splice", "symlink", "symlinkat",
-        "sync_file_range", "sync",      "syncfs",    "truncate", "writev",
+        "copy_file_range",
+        "creat",
+        "dup",
+        "dup2",
+        "dup3",
+        "fallocate",
+        "ftruncate",
+        "link",
+        "linkat",
+        "mknod",
+        "mknodat",
+        "openat2",
+        "pwrite64",
+        "pwritev",
+        "pwritev2",
+        "rmdir",
+        "sendfile",
+        "splice",
+        "symlink",
+        "symlinkat",
+        "sync",
+        "sync_file_range",
+        "syncfs",
+        "truncate",
+        "writev",
     };
     if (!call.error.empty()) return;
     if (unknown.contains(call.name))

@@ -4,11 +4,13 @@
 #include <utility>
 
 #include "lab/sweeps/documents.h"
+#include "lab/sweeps/outcome_text.h"
 
 namespace lab::sweeps {
 namespace {
 
 constexpr int kFirstBuildOf13 = 8228;
+constexpr const char* kReport = "Failed to update config, error: ";
 constexpr std::array kOldFilesOf13{"/usr/kelp/etc/wifi/model.json", "/usr/kelp/etc/wifi/country.json",
                                    "/usr/kelp/etc/wifi/backhaul.json"};
 
@@ -82,11 +84,21 @@ std::optional<std::string> PowerCutRules::FindWrongRun(const Tree& state, const 
            outcome.err;
   }
   if (auto difference = FindDifference(WithoutLabFiles(*expected.files), outcome.files)) return difference;
-  if (expected.log == nullptr) return std::nullopt;
-  for (const std::string& line : outcome.log) {
-    if (line.find(expected.log) != std::string::npos) return std::nullopt;
+  return FindWrongWords(expected, outcome);
+}
+
+std::optional<std::string> PowerCutRules::FindWrongWords(const Expected& expected,
+                                                         const Outcome& outcome) const {
+  if (expected.log == nullptr) {
+    if (outcome.log == undisturbed_.log && outcome.err == undisturbed_.err) return std::nullopt;
+    return "a whole migration said something else:\n" + Difference(undisturbed_, outcome);
   }
-  return "not in the log: " + std::string(expected.log);
+  if (outcome.log.empty() || outcome.log.back().find(expected.log) == std::string::npos) {
+    return "not at the end of the log: " + std::string(expected.log);
+  }
+  const std::string reported = expected.status == 0 ? "" : std::string(kReport) + expected.log + "\n";
+  if (outcome.err != reported) return "on standard error: " + outcome.err;
+  return std::nullopt;
 }
 
 }  // namespace lab::sweeps

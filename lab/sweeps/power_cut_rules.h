@@ -27,9 +27,11 @@ class PowerCutRules {
   struct Expected {
     int status;
     const Tree* files;
-    const char* log;  // a text of it; null for none in particular
+    // Of a run that does not migrate: a text of its last log line.
+    const char* log;
   };
   Expected ExpectedOn(const Tree& state) const;
+  std::optional<std::string> FindWrongWords(const Expected& expected, const Outcome& outcome) const;
   bool IsNew(const std::string& document, const Tree& state) const;
 
   Device device_;

@@ -3,27 +3,24 @@
 // a model of what a file system may show after a power cut. Then asks of every flush what it is good for.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <exception>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "lab/namespaces.h"
 #include "lab/sweeps/choices.h"
-#include "lab/sweeps/documents.h"
+#include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/outcome_text.h"
 #include "lab/sweeps/power_cut_rules.h"
 #include "lab/sweeps/storage_model.h"
+#include "lab/sweeps/sweep_command.h"
 #include "lab/sweeps/workers.h"
 
 namespace lab::sweeps {
 namespace {
 
 struct Request {
-  std::string image;
-  int build_number = 0;
-  unsigned workers = 2;
+  Subject subject;
   bool old_documents = false;
   ChoiceLimits limits;
 };
@@ -47,7 +44,7 @@ class Sweep {
 
   bool Run() {
     std::printf("%s --from %d%s: %zu system calls from main on, %zu of them change files\n",
-                request_.image.c_str(), request_.build_number,
+                request_.subject.image.c_str(), request_.subject.build_number,
                 request_.old_documents ? " --old-documents" : "", calls_.size() - FirstCallOfMain(calls_),
                 operations_.size());
     KillEverywhere();
@@ -78,7 +75,7 @@ class Sweep {
       kills.emplace_back("kill-after", index + 1);
     }
     const std::vector<std::string> outcomes =
-        DoInWorkers(kills.size(), request_.workers, [&](std::size_t place) {
+        DoInWorkers(kills.size(), request_.subject.workers, [&](std::size_t place) {
           Manner manner;
           manner.wrapper = {kTamper, kills[place].first, std::to_string(kills[place].second)};
           manner.needs_tamper = true;
@@ -98,7 +95,7 @@ class Sweep {
       if (known.insert(ToText(state)).second) states.push_back(std::move(state.files));
     }
     const std::vector<std::string> wrong = DoInWorkers(
-        states.size(), request_.workers, [&](std::size_t place) { return RunAgain(states[place]); });
+        states.size(), request_.subject.workers, [&](std::size_t place) { return RunAgain(states[place]); });
     for (const std::string& text : wrong) {
       if (!text.empty()) Fail("run after a kill", text);
     }
@@ -135,7 +132,7 @@ class Sweep {
       });
     }
     const std::vector<std::string> wrong =
-        DoInWorkers(states.size(), request_.workers, [&](std::size_t place) {
+        DoInWorkers(states.size(), request_.subject.workers, [&](std::size_t place) {
           const Tree state = ModelAfter(states[place].operations).StateOf(states[place].digits);
           if (auto breach = rules_.FindWrongState(state)) return *breach;
           return RunAgain(state);
@@ -170,7 +167,7 @@ class Sweep {
       if (operations_[i].IsFlush()) flushes.push_back(i);
     }
     const std::vector<std::string> harms = DoInWorkers(
-        flushes.size(), request_.workers, [&](std::size_t i) { return WithoutFlush(flushes[i]); });
+        flushes.size(), request_.subject.workers, [&](std::size_t i) { return WithoutFlush(flushes[i]); });
     std::printf("%zu flushes; without each of them a power cut could do harm:\n", flushes.size());
     for (std::size_t i = 0; i < flushes.size(); ++i) {
       const FileOperation& flush = operations_[flushes[i]];
@@ -191,43 +188,22 @@ class Sweep {
   std::size_t failed_ = 0;
 };
 
-/// Puts documents of an earlier time where the run is going to write its own and would not stop for them.
-Device WithOldDocuments(Device device) {
-  const Programs programs = Programs::BesideThisOne();
-  const Tree written = Migrate(device, programs.migration, programs.tamper).outcome.files;
-  const bool stops_for_any = device.build_number < 8228;
-  for (const auto& [path, entry] : written) {
-    if (!IsDocument(path) || device.files.contains(path)) continue;
-    if (stops_for_any && (path == kGlobalDocument || path == kMiscDocument)) continue;
-    device.files[path] = {Entry::Kind::File, entry.mode, "{\n\t\"earlier\" : true\n}\n"};
-  }
-  return device;
-}
-
 }  // namespace
 }  // namespace lab::sweeps
 
 int main(int argument_count, char* arguments[]) {
   lab::sweeps::Request request;
   CLI::App app("Cuts the power at every instant of a migration.");
-  app.add_option("device", request.image, "folder with the device image")
-      ->required()
-      ->check(CLI::ExistingDirectory);
-  app.add_option("--from", request.build_number, "build number that the device is updated from")->required();
-  app.add_option("--workers", request.workers, "processes at a time");
+  lab::sweeps::AddSubject(app, request.subject);
   app.add_option("--all-up-to", request.limits.all_up_to,
                  "so many states after one operation are all checked");
   app.add_option("--sample", request.limits.sample, "of more, so many are");
   app.add_option("--seed", request.limits.seed, "what the sample is drawn with");
   app.add_flag("--old-documents", request.old_documents, "begin with documents of an earlier time in place");
   CLI11_PARSE(app, argument_count, arguments);
-  try {
-    lab::EnterNamespaces();
-    lab::sweeps::Device device = lab::sweeps::ReadDevice(request.image, request.build_number);
-    if (request.old_documents) device = lab::sweeps::WithOldDocuments(std::move(device));
-    return lab::sweeps::Sweep(request, std::move(device)).Run() ? 0 : 1;
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "powercutsweep: %s\n", error.what());
-    return 2;
-  }
+  return lab::sweeps::RunSweep("powercutsweep", [&] {
+    lab::sweeps::Device device = lab::sweeps::ReadDevice(request.subject.image, request.subject.build_number);
+    if (request.old_documents) device = WithOldDocuments(device, lab::sweeps::Programs::BesideThisOne());
+    return lab::sweeps::Sweep(request, std::move(device)).Run();
+  });
 }

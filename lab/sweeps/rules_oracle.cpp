@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 
@@ -22,6 +24,9 @@ constexpr std::array<std::string_view, 5> kCauseFollows{
     "use US to instead. error: ",       "Failed to get backhaul swap, default false: ",
     "Failed to update config, error: ",
 };
+
+/// How the services name the boot environment: by no path.
+const std::string kBootEnvironment;
 
 void CutCause(std::string& line) {
   for (const std::string_view text : kCauseFollows) {
@@ -44,6 +49,18 @@ void RequireWholeDocuments(const Tree& files) {
   }
 }
 
+/// What each call of a service was about: a line for a call, its places apart from each other by tabs.
+std::vector<std::set<std::string>> ParseServices(const std::string& text) {
+  std::vector<std::set<std::string>> services;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream fields(line + '\t');
+    std::set<std::string>& places = services.emplace_back();
+    for (std::string place; std::getline(fields, place, '\t');) places.insert(place);
+  }
+  return services;
+}
+
 MigrationRun AskOnce(const Device& device, const Programs& programs, long failing_call) {
   Manner manner;
   manner.environment = {"FAILING_CALL=" + std::to_string(failing_call)};
@@ -52,22 +69,30 @@ MigrationRun AskOnce(const Device& device, const Programs& programs, long failin
 
 }  // namespace
 
-Outcome WithoutCauses(Outcome outcome) {
+Outcome AsRulesSeeIt(Outcome outcome) {
   for (std::string& line : outcome.log) CutCause(line);
   CutCause(outcome.err);
+  std::erase_if(outcome.files, [](const auto& file) { return IsTemporaryName(file.first); });
   return outcome;
 }
 
-bool RulesOracle::Allows(const Outcome& outcome) const {
+bool RulesOracle::Allows(const Outcome& outcome, const std::string& place) const {
   if (outcome == undisturbed) return true;
-  const Outcome bare = WithoutCauses(outcome);
-  return std::any_of(with_failed_service.begin(), with_failed_service.end(),
-                     [&](const Outcome& allowed) { return allowed == bare; });
+  const auto is_about = [](const FailedService& service, const std::string& about) {
+    return service.places.contains(about);
+  };
+  const bool is_known = std::any_of(with_failed_service.begin(), with_failed_service.end(),
+                                    [&](const FailedService& service) { return is_about(service, place); });
+  const std::string about = is_known ? place : kBootEnvironment;
+  const Outcome bare = AsRulesSeeIt(outcome);
+  return std::any_of(
+      with_failed_service.begin(), with_failed_service.end(),
+      [&](const FailedService& service) { return is_about(service, about) && service.outcome == bare; });
 }
 
 std::vector<const Tree*> RulesOracle::Trees() const {
   std::vector<const Tree*> trees{&undisturbed.files};
-  for (const Outcome& outcome : with_failed_service) trees.push_back(&outcome.files);
+  for (const FailedService& service : with_failed_service) trees.push_back(&service.outcome.files);
   return trees;
 }
 
@@ -85,13 +110,16 @@ RulesOracle AskRules(const Device& device, const Programs& programs, unsigned wo
   const auto counted = all_pass.scratch.find("/tmp/service-calls");
   if (counted == all_pass.scratch.end()) throw std::runtime_error("no services were counted");
 
-  const auto calls = static_cast<std::size_t>(std::stoul(counted->second.content));
-  const std::vector<std::string> texts = DoInWorkers(calls, workers, [&](std::size_t call) {
-    return ToText(WithoutCauses(AskOnce(device, programs, static_cast<long>(call) + 1).outcome));
+  const std::vector<std::set<std::string>> services = ParseServices(counted->second.content);
+  const std::vector<std::string> texts = DoInWorkers(services.size(), workers, [&](std::size_t call) {
+    return ToText(AsRulesSeeIt(AskOnce(device, programs, static_cast<long>(call) + 1).outcome));
   });
-  for (const std::string& text : std::set(texts.begin(), texts.end())) {
-    oracle.with_failed_service.push_back(FromText(text));
-    RequireWholeDocuments(oracle.with_failed_service.back().files);
+  std::map<std::string, std::set<std::string>> places;
+  for (std::size_t i = 0; i < texts.size(); ++i)
+    places[texts[i]].insert(services[i].begin(), services[i].end());
+  for (const auto& [text, about] : places) {
+    oracle.with_failed_service.push_back({about, FromText(text)});
+    RequireWholeDocuments(oracle.with_failed_service.back().outcome.files);
   }
   return oracle;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -10,12 +11,18 @@ namespace lab::sweeps {
 /// What the migration's rules make of a device when everything works, and when one service of the platform or
 /// of the file system library fails: one outcome for each call of a service in the run.
 struct RulesOracle {
-  Outcome undisturbed;
-  std::vector<Outcome> with_failed_service;  // each of them once
+  /// What comes out when one of the services that are about one of these places fails.
+  struct FailedService {
+    std::set<std::string> places;  // the files and folders that a failed one was about
+    Outcome outcome;
+  };
 
-  /// Whether the rules can give `outcome`; what a line says about the cause of a failure is left out of the
-  /// comparison.
-  bool Allows(const Outcome& outcome) const;
+  Outcome undisturbed;
+  std::vector<FailedService> with_failed_service;  // each outcome once
+
+  /// Whether the rules can give `outcome` when something fails that is about the file or folder `place`. What
+  /// no service names is the boot environment's, which the library behind it looks after.
+  bool Allows(const Outcome& outcome, const std::string& place) const;
 
   /// The file trees of all outcomes, the undisturbed one first.
   std::vector<const Tree*> Trees() const;
@@ -24,7 +31,8 @@ struct RulesOracle {
 /// Throws std::runtime_error when the two programs do not agree about the undisturbed run.
 RulesOracle AskRules(const Device& device, const Programs& programs, unsigned workers);
 
-/// The outcome with the causes cut from the lines that tell one.
-Outcome WithoutCauses(Outcome outcome);
+/// The outcome without what the rules leave open: what a line says about the cause of a failure, and how far
+/// the writing of a document had come whose leftover an earlier run had left.
+Outcome AsRulesSeeIt(Outcome outcome);
 
 }  // namespace lab::sweeps

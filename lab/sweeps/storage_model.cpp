@@ -140,6 +140,11 @@ std::string StorageModel::ContentOf(const Inode& inode, unsigned variant) {
       return inode.written.substr(0, inode.written.size() / 2);
     case 2:
       return std::string(inode.written.size(), '\0');
+    case 3: {  // the size of the whole, but not all of its blocks
+      std::string bytes = inode.written;
+      std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2), bytes.end(), '\0');
+      return bytes;
+    }
     default:
       return inode.written;
   }
@@ -152,6 +157,8 @@ std::string StorageModel::KeyOf(const std::vector<unsigned>& digits) const {
     key.append(name).append(1, '\0').append(std::to_string(inode));
     const auto found = std::find(open.begin(), open.end(), inode);
     if (found != open.end()) {
+      key += '.';
+      key += std::to_string(inodes_[static_cast<std::size_t>(inode)].written.size());
       key += '.';
       key += std::to_string(digits.at(pending_.size() + static_cast<std::size_t>(found - open.begin())));
     } else {

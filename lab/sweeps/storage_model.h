@@ -45,7 +45,7 @@ class StorageModel {
   using Names = std::map<std::string, int>;
 
   static constexpr int kNone = -1;
-  static constexpr unsigned kContentVariants = 4;
+  static constexpr unsigned kContentVariants = 5;
 
   int AddInode(Entry entry);
   void Change(std::vector<std::pair<std::string, int>> edits);

@@ -2,11 +2,13 @@
 //
 //   tamper shorten CALL ORDINAL AMOUNT PROGRAM...   the ORDINALth CALL moves at most AMOUNT bytes
 //   tamper shorten-from INDEX AMOUNT PROGRAM...     so does every transfer from the INDEXth of all calls on
+//   tamper refuse-memory INDEX PROGRAM...           from that call on the kernel has no memory to give
 //   tamper kill-before INDEX PROGRAM...             the program is killed just before the INDEXth of all
 //   calls tamper kill-after INDEX PROGRAM...              or just after it
 //
 // Calls are counted from 1, the execve that starts the program being the first, as in a record of strace. The
-// status is the program's own; a program that a signal ends takes tamper with it by the same signal.
+// status is the program's own; a program that a signal ends takes tamper with it by the same signal. An order
+// that was not carried out gives status 125: nobody may take a run that nothing disturbed for a trial.
 #include <elf.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -24,38 +26,45 @@
 
 namespace {
 
-constexpr int kUsageError = 125;
+constexpr int kNoTrial = 125;
+constexpr std::uint64_t kMoreThanThereIs = std::uint64_t{1} << 62U;
 
-/// A call whose amount can be lessened, and the place of the amount among its arguments.
-struct Shortenable {
+/// A call that asks for an amount, and the place of the amount among its arguments.
+struct Asking {
   const char* name;
   long number;
   int argument;
   bool is_transfer;
+  std::uint64_t refused;  // the amount that the kernel never gives; of calls for memory
 };
-constexpr std::array kShortenable{
-    Shortenable{"read", SYS_read, 2, true},       Shortenable{"write", SYS_write, 2, true},
-    Shortenable{"pread64", SYS_pread64, 2, true}, Shortenable{"pwrite64", SYS_pwrite64, 2, true},
-    Shortenable{"brk", SYS_brk, 0, false},
+constexpr std::array kAsking{
+    Asking{"read", SYS_read, 2, true, 0},
+    Asking{"write", SYS_write, 2, true, 0},
+    Asking{"pread64", SYS_pread64, 2, true, 0},
+    Asking{"pwrite64", SYS_pwrite64, 2, true, 0},
+    Asking{"brk", SYS_brk, 0, false, 0},  // a break that stays where it was
+    Asking{"mmap", SYS_mmap, 1, false, kMoreThanThereIs},
+    Asking{"mremap", SYS_mremap, 2, false, kMoreThanThereIs},
 };
 
 struct Order {
-  enum class Kind { Shorten, ShortenFrom, KillBefore, KillAfter } kind;
-  const Shortenable* call;  // of Shorten
-  long place;               // the ordinal or the index
+  enum class Kind { Shorten, ShortenFrom, RefuseMemory, KillBefore, KillAfter } kind;
+  const Asking* call;  // of Shorten
+  long place;          // the ordinal or the index
   std::uint64_t amount;
 };
 
 [[noreturn]] void Fail(const char* action) {
   std::perror(action);
-  std::_Exit(kUsageError);
+  std::_Exit(kNoTrial);
 }
 
 #if defined(__x86_64__)
 void SetArgument(pid_t pid, int argument, std::uint64_t value) {
   user_regs_struct registers{};
   if (::ptrace(PTRACE_GETREGS, pid, nullptr, &registers) != 0) Fail("ptrace");
-  (argument == 0 ? registers.rdi : registers.rdx) = value;
+  const std::array places{&registers.rdi, &registers.rsi, &registers.rdx};
+  *places.at(static_cast<std::size_t>(argument)) = value;
   if (::ptrace(PTRACE_SETREGS, pid, nullptr, &registers) != 0) Fail("ptrace");
 }
 #elif defined(__aarch64__)
@@ -70,15 +79,15 @@ void SetArgument(pid_t pid, int argument, std::uint64_t value) {
 #error "tamper does not know how this processor passes the arguments of system calls"
 #endif
 
-const Shortenable* FindByNumber(std::uint64_t number) {
-  for (const Shortenable& call : kShortenable) {
+const Asking* FindByNumber(std::uint64_t number) {
+  for (const Asking& call : kAsking) {
     if (static_cast<std::uint64_t>(call.number) == number) return &call;
   }
   return nullptr;
 }
 
-const Shortenable* FindByName(const char* name) {
-  for (const Shortenable& call : kShortenable) {
+const Asking* FindByName(const char* name) {
+  for (const Asking& call : kAsking) {
     if (std::strcmp(call.name, name) == 0) return &call;
   }
   return nullptr;
@@ -95,50 +104,73 @@ class Tamperer {
     if (info.op == PTRACE_SYSCALL_INFO_ENTRY) {
       ++index_;
       if (order_.kind == Order::Kind::KillBefore && index_ == order_.place) Kill();
-      if (order_.kind == Order::Kind::Shorten || order_.kind == Order::Kind::ShortenFrom) Shorten(info);
+      ChangeAmount(info);
     } else if (info.op == PTRACE_SYSCALL_INFO_EXIT) {
-      Restore();
+      Restore(info);
       if (order_.kind == Order::Kind::KillAfter && index_ == order_.place) Kill();
     }
   }
 
- private:
-  void Kill() const { ::kill(pid_, SIGKILL); }
+  bool IsCarriedOut() const { return is_carried_out_; }
 
-  void Shorten(const __ptrace_syscall_info& info) {
-    const Shortenable* const call = FindByNumber(info.entry.nr);
-    if (call == nullptr) return;
-    const bool is_meant = order_.kind == Order::Kind::Shorten
-                              ? call == order_.call && ++ordinal_ == order_.place
-                              : call->is_transfer && index_ >= order_.place;
-    if (!is_meant || info.entry.args[call->argument] <= order_.amount) return;
-    shortened_ = call;
+ private:
+  void Kill() {
+    ::kill(pid_, SIGKILL);
+    is_carried_out_ = true;
+  }
+
+  bool IsMeant(const Asking& call, std::uint64_t asked) {
+    switch (order_.kind) {
+      case Order::Kind::Shorten:
+        return &call == order_.call && ++ordinal_ == order_.place && asked > order_.amount;
+      case Order::Kind::ShortenFrom:
+        return call.is_transfer && index_ >= order_.place && asked > order_.amount;
+      case Order::Kind::RefuseMemory:
+        return !call.is_transfer && index_ >= order_.place && asked != call.refused;
+      case Order::Kind::KillBefore:
+      case Order::Kind::KillAfter:
+        break;
+    }
+    return false;
+  }
+
+  void ChangeAmount(const __ptrace_syscall_info& info) {
+    const Asking* const call = FindByNumber(info.entry.nr);
+    if (call == nullptr || !IsMeant(*call, info.entry.args[call->argument])) return;
+    changed_ = call;
     asked_ = info.entry.args[call->argument];
-    SetArgument(pid_, call->argument, order_.amount);
+    given_ = order_.kind == Order::Kind::RefuseMemory ? call->refused : order_.amount;
+    SetArgument(pid_, call->argument, given_);
   }
 
   /// The program may count on finding the registers of the arguments as it left them.
-  void Restore() {
-    if (shortened_ != nullptr) SetArgument(pid_, shortened_->argument, asked_);
-    shortened_ = nullptr;
+  void Restore(const __ptrace_syscall_info& info) {
+    if (changed_ == nullptr) return;
+    SetArgument(pid_, changed_->argument, asked_);
+    const auto result = static_cast<std::uint64_t>(info.exit.rval);
+    const bool is_less =
+        changed_->is_transfer ? result <= given_ : changed_->number == SYS_brk && result != asked_;
+    is_carried_out_ |= is_less || info.exit.is_error != 0;
+    changed_ = nullptr;
   }
 
   pid_t pid_;
   Order order_;
   long index_ = 1;  // the execve has happened
   long ordinal_ = 0;
-  const Shortenable* shortened_ = nullptr;
-  std::uint64_t asked_ = 0;  // the amount, before it was shortened
+  const Asking* changed_ = nullptr;
+  std::uint64_t asked_ = 0;  // by the program
+  std::uint64_t given_ = 0;  // to the kernel instead
+  bool is_carried_out_ = false;
 };
 
 /// Gives the program's wait status.
-int Supervise(pid_t pid, const Order& order) {
+int Supervise(pid_t pid, Tamperer& tamperer) {
   int status = 0;
   if (::waitpid(pid, &status, 0) < 0 || !WIFSTOPPED(status)) return status;
   if (::ptrace(PTRACE_SETOPTIONS, pid, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL) != 0)
     Fail("ptrace");
 
-  Tamperer tamperer(pid, order);
   long signal = 0;
   while (true) {
     // It may have been killed meanwhile: the next wait tells.
@@ -164,6 +196,10 @@ int ParseOrder(int count, char* arguments[], Order& order) {
     order = {Order::Kind::ShortenFrom, nullptr, number(2), static_cast<std::uint64_t>(number(3))};
     return 4;
   }
+  if (std::strcmp(arguments[1], "refuse-memory") == 0 && count > 3) {
+    order = {Order::Kind::RefuseMemory, nullptr, number(2), 0};
+    return 3;
+  }
   if (std::strcmp(arguments[1], "kill-before") == 0 && count > 3) {
     order = {Order::Kind::KillBefore, nullptr, number(2), 0};
     return 3;
@@ -181,8 +217,9 @@ int main(int count, char* arguments[]) {
   Order order{};
   const int taken = ParseOrder(count, arguments, order);
   if (taken == 0) {
-    std::fputs("usage: tamper shorten|shorten-from|kill-before|kill-after ... PROGRAM...\n", stderr);
-    return kUsageError;
+    std::fputs("usage: tamper shorten|shorten-from|refuse-memory|kill-before|kill-after ... PROGRAM...\n",
+               stderr);
+    return kNoTrial;
   }
   const pid_t pid = ::fork();
   if (pid < 0) Fail("fork");
@@ -191,10 +228,12 @@ int main(int count, char* arguments[]) {
     ::execv(arguments[taken], arguments + taken);
     Fail(arguments[taken]);
   }
-  const int status = Supervise(pid, order);
+  Tamperer tamperer(pid, order);
+  const int status = Supervise(pid, tamperer);
   if (WIFSIGNALED(status)) {
     std::signal(WTERMSIG(status), SIG_DFL);
     ::raise(WTERMSIG(status));
   }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : kUsageError;
+  if (!tamperer.IsCarriedOut()) std::fputs("tamper: the order was not carried out\n", stderr);
+  return tamperer.IsCarriedOut() && WIFEXITED(status) ? WEXITSTATUS(status) : kNoTrial;
 }

@@ -21,10 +21,10 @@ class FindBreachTest : public ::testing::Test {
     return FindBreach(before_, after_, {&written_}, may_leave_temporary);
   }
 
-  const Tree before_{{"/etc/hostapd/mac_filter/mf.info", File("policy=deny")},
-                     {kFolder + "country.json", File("{}")},
-                     {kFolder + "radio.json", File("[ 1 ]")}};
-  const Tree written_{{kFolder + "global.json", File("{ 2 }")}, {kFolder + "radio.json", File("[ 2 ]")}};
+  Tree before_{{"/etc/hostapd/mac_filter/mf.info", File("policy=deny")},
+               {kFolder + "country.json", File("{}")},
+               {kFolder + "radio.json", File("[ 1 ]")}};
+  Tree written_{{kFolder + "global.json", File("{ 2 }")}, {kFolder + "radio.json", File("[ 2 ]")}};
   Tree after_ = before_;
 };
 
@@ -79,6 +79,34 @@ TEST_F(FindBreachTest, SeesAnOldFileOf13ThatGoesBeforeItsDocumentStands) {
 
 TEST_F(FindBreachTest, SeesWhatLiesBesideTheDocuments) {
   after_[kFolder + "misc.json.new"] = File("");
+  EXPECT_THAT(Breach(), Optional(HasSubstr("left beside")));
+  EXPECT_EQ(Breach(true), std::nullopt);
+}
+
+TEST_F(FindBreachTest, SeesABesideLyingFileThatOthersMayRead) {
+  after_[kFolder + "misc.json.new"] = File("", 0640);
+  EXPECT_THAT(Breach(true), Optional(HasSubstr("others may read")));
+}
+
+TEST_F(FindBreachTest, AllowsALeftoverThatTheRunDidNotComeTo) {
+  before_[kFolder + "radio.json.new"] = File("torn");
+  after_[kFolder + "radio.json.new"] = File("torn");
+  EXPECT_EQ(Breach(), std::nullopt);
+  after_[kFolder + "radio.json.new"] = File("torn more");
+  EXPECT_THAT(Breach(), Optional(HasSubstr("left beside")));
+}
+
+TEST_F(FindBreachTest, TakesNoOldDocumentForANewOneThoughTheRulesMayLeaveIt) {
+  written_[kFolder + "radio.json"] = File("[ 1 ]");
+  before_[kFolder + "radio.json.new"] = File("torn");
+  after_[kFolder + "radio.json.new"] = File("torn");
+  EXPECT_EQ(Breach(), std::nullopt);
+}
+
+TEST_F(FindBreachTest, SeesALeftoverBesideTheNewDocument) {
+  before_[kFolder + "radio.json.new"] = File("torn");
+  after_[kFolder + "radio.json.new"] = File("torn");
+  after_[kFolder + "radio.json"] = File("[ 2 ]");
   EXPECT_THAT(Breach(), Optional(HasSubstr("left beside")));
   EXPECT_EQ(Breach(true), std::nullopt);
 }

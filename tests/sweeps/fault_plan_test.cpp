@@ -14,6 +14,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::UnorderedElementsAre;
@@ -64,7 +65,17 @@ TEST(PlanFaults, LeavesNoCallOutSilently) {
 }
 
 TEST(PlanFaults, RefusesMemoryAsTheKernelDoes) {
-  EXPECT_THAT(NamesOf(PlanFaults(Calls({"brk(0x5000) = 0x5000"}), 0)), Contains("brk:1:short=0"));
+  const auto names = NamesOf(PlanFaults(Calls({"brk(NULL) = 0x4000", "brk(0x5000) = 0x5000"}), 0));
+  EXPECT_THAT(names, UnorderedElementsAre("brk:2:short=0", "all:1:short=1", "memory:2:refused"));
+}
+
+TEST(PlanFaults, RefusesAllMemoryFromTheFirstRequestOn) {
+  const auto calls =
+      Calls({"brk(0x5000) = 0x5000", "poll([], 0, 0) = 0",
+             "mmap(NULL, 4096, PROT_READ|PROT_WRITE, MAP_PRIVATE|MAP_ANONYMOUS, -1, 0) = 0x7000",
+             "brk(0x6000) = 0x6000"});
+  EXPECT_THAT(NamesOf(PlanFaults(calls, 1)), Contains("memory:3:refused"));
+  EXPECT_THAT(NamesOf(PlanFaults(Calls({"poll([], 0, 0) = 0"}), 0)), Not(Contains(HasSubstr("memory"))));
 }
 
 TEST(PlanFaults, FilesThatAreMadeMeetAFullAndAReadOnlyDisk) {
@@ -99,6 +110,27 @@ TEST(PlanFaults, ForgivesNoOtherReads) {
                                      "read(3, '{}', 512) = 2"};
   EXPECT_EQ(Planned(run, "openat:1:EACCES").duty, Fault::Duty::Fail);
   EXPECT_EQ(Planned(run, "read:1:EIO").duty, Fault::Duty::Fail);
+}
+
+TEST(PlanFaults, KnowsWhatACallIsAboutAsTheServicesNameIt) {
+  const std::vector<std::string> run{
+      "openat(AT_FDCWD, '/usr/kelp/etc/info.conf', O_RDONLY) = 3",
+      "fstat(3, {st_mode=S_IFREG}) = 0",
+      "close(3) = 0",
+      "newfstatat(AT_FDCWD, '/usr/kelp/etc/wifi/legacy/', 0x1, 0) = 0",
+      "rename('/usr/kelp/etc/wifi/wifi_wps', '/usr/kelp/etc/wifi/legacy/wifi_wps') = 0",
+      "openat(AT_FDCWD, '/proc/sys/kernel/kelp_mac_address4', O_RDONLY) = 3",
+      "clock_gettime(CLOCK_REALTIME_COARSE, {}) = 0",
+      "poll([], 0, 0) = 0"};
+  EXPECT_EQ(Planned(run, "openat:1:EIO").place, "/usr/kelp/etc/info.conf");
+  EXPECT_EQ(Planned(run, "fstat:1:EIO").place, "/usr/kelp/etc/info.conf");
+  EXPECT_EQ(Planned(run, "newfstatat:1:EIO").place, "/usr/kelp/etc/wifi/legacy");
+  EXPECT_EQ(Planned(run, "rename:1:EIO").place, "/usr/kelp/etc/wifi/wifi_wps");
+  EXPECT_EQ(Planned(run, "openat:2:EIO").place, "/proc/sys/kernel/kelp_mac_address");
+  EXPECT_EQ(Planned(run, "poll:1:ENOMEM").place, "");
+  EXPECT_EQ(Planned(kWritingRun, "write:1:EIO").place, "/usr/kelp/etc/wifi/misc.json");
+  EXPECT_EQ(Planned(kWritingRun, "renameat:1:EIO").place, "/usr/kelp/etc/wifi/misc.json");
+  EXPECT_EQ(Planned(kWritingRun, "close:2:EIO").place, "/usr/kelp/etc/wifi");
 }
 
 TEST(PlanFaults, KnowsTheChannelsOfAReport) {

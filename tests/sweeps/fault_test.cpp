@@ -25,12 +25,28 @@ Fault ShortWrite() {
   return fault;
 }
 
+Fault NoMemory() {
+  Fault fault;
+  fault.kind = Fault::Kind::NoMemory;
+  fault.call = "memory";
+  fault.ordinal = 140;
+  fault.error = "refused";
+  return fault;
+}
+
 TEST(Fault, HasANameToAskForItAgain) {
   EXPECT_EQ(NameOf(ReadError()), "read:12:EIO");
   EXPECT_EQ(NameOf(ShortWrite()), "write:3:short=1");
 }
 
+TEST(Fault, NoMemoryIsGivenByTamper) {
+  EXPECT_EQ(NameOf(NoMemory()), "memory:140:refused");
+  EXPECT_THAT(WrapperOf(NoMemory(), "/usr/bin/strace", "/tmp/tamper", "/tmp/record"),
+              ElementsAre("/tmp/tamper", "refuse-memory", "140"));
+}
+
 TEST(Fault, IsCountedByCallAndError) {
+  EXPECT_EQ(KindOf(NoMemory()), "memory refused");
   EXPECT_EQ(KindOf(ReadError()), "read EIO");
   EXPECT_EQ(KindOf(ShortWrite()), "write short");
 }

@@ -72,11 +72,19 @@ TEST_F(PowerCutRulesTest, ARunThatFindsADocumentLeavesEverythingAlone) {
   outcome.log = {"3: kelpwifiupdater:225 New config is existed, so stop migrating."};
   EXPECT_EQ(Rules().FindWrongRun(state, outcome), std::nullopt);
   EXPECT_THAT(Rules().FindWrongRun(state, undisturbed_), Optional(HasSubstr("missing")));
+  outcome.err = "stopped\n";
+  EXPECT_THAT(Rules().FindWrongRun(state, outcome), Optional(HasSubstr("on standard error")));
+  outcome.err = "";
+  outcome.log.emplace_back("3: one line more");
+  EXPECT_THAT(Rules().FindWrongRun(state, outcome), Optional(HasSubstr("not at the end of the log")));
 }
 
 TEST_F(PowerCutRulesTest, ARunThatFindsNoneMigratesEverything) {
   EXPECT_EQ(Rules().FindWrongRun(device_.files, undisturbed_), std::nullopt);
   Outcome outcome = undisturbed_;
+  outcome.log.emplace_back("3: kelpwifiupdater:760 Invalid security mode: , select wpa2.");
+  EXPECT_THAT(Rules().FindWrongRun(device_.files, outcome), Optional(HasSubstr("said something else")));
+  outcome = undisturbed_;
   outcome.status = 1;
   EXPECT_THAT(Rules().FindWrongRun(device_.files, outcome), Optional(HasSubstr("status 1")));
 }
@@ -88,6 +96,8 @@ TEST_F(PowerCutRulesTest, AHalfRemovedGeneration13IsReportedAndLeftAlone) {
   outcome.files = device_.files;
   outcome.log = {
       "3: Failed to update config, error: some old config files are not existed., buildNumber: 9000"};
+  EXPECT_THAT(Rules().FindWrongRun(device_.files, outcome), Optional(HasSubstr("on standard error")));
+  outcome.err = "Failed to update config, error: some old config files are not existed.\n";
   EXPECT_EQ(Rules().FindWrongRun(device_.files, outcome), std::nullopt);
 }
 

@@ -61,7 +61,13 @@ TEST(StorageModel, ANewFileIsThereOrNot) {
 
 TEST(StorageModel, BytesThatWereNotFlushedAreMissingPartialZeroOrThere) {
   EXPECT_THAT(StatesAfter({kOpenFolder, kCreate, kFlushFolder, kWrite}, {"/wifi/a.new"}),
-              UnorderedElementsAre("", "te", "0000", "text"));
+              UnorderedElementsAre("", "te", "0000", "te00", "text"));
+}
+
+TEST(StorageModel, EveryWriteToAnUnflushedFileGivesNewStates) {
+  EXPECT_THAT(
+      StatesAfter({kOpenFolder, kCreate, kFlushFolder, kWrite, "write(4, 'more', 4) = 4"}, {"/wifi/a.new"}),
+      UnorderedElementsAre("", "text", "00000000", "text0000", "textmore"));
 }
 
 TEST(StorageModel, AFlushOfTheFileKeepsItsBytesButNotItsName) {
@@ -70,7 +76,7 @@ TEST(StorageModel, AFlushOfTheFileKeepsItsBytesButNotItsName) {
 
 TEST(StorageModel, AFlushOfTheFolderKeepsNamesButNotBytes) {
   EXPECT_THAT(StatesAfter({kOpenFolder, kCreate, kWrite, kRename, kFlushFolder}, {"/wifi/a.new", "/wifi/a"}),
-              UnorderedElementsAre("- ", "- te", "- 0000", "- text"));
+              UnorderedElementsAre("- ", "- te", "- 0000", "- te00", "- text"));
 }
 
 TEST(StorageModel, ARenameIsOneStep) {

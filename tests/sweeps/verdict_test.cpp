@@ -21,7 +21,8 @@ class VerdictTest : public ::testing::Test {
     failed_.status = 1;
     failed_.err = kReport + "\n";
     failed_.log = {"4: Start", "3: " + kReport};
-    oracle_.with_failed_service = {WithoutCauses(failed_)};
+    oracle_.with_failed_service = {{{kMisc}, AsRulesSeeIt(failed_)}};
+    fault_.place = kMisc;
   }
 
   std::optional<std::string> Wrong(const Outcome& outcome) const {
@@ -78,6 +79,23 @@ TEST_F(VerdictTest, SeesAResultThatNoRuleGives) {
   Outcome outcome = oracle_.undisturbed;
   outcome.log.clear();
   EXPECT_THAT(Wrong(outcome), Optional(HasSubstr("the rules give no such result")));
+}
+
+TEST_F(VerdictTest, SeesTheResultOfAnotherFault) {
+  fault_.place = "/etc/fw_env.config";
+  EXPECT_THAT(Wrong(failed_), Optional(HasSubstr("the rules give no such result")));
+}
+
+TEST_F(VerdictTest, WithoutMemoryMoreThanOneServiceMayFailButNoStepMayBeLeftOut) {
+  fault_.kind = Fault::Kind::NoMemory;
+  Outcome outcome = oracle_.undisturbed;
+  outcome.log.emplace_back("3: a fall-back");
+  EXPECT_EQ(Wrong(outcome), std::nullopt);
+  outcome.files.clear();
+  EXPECT_THAT(Wrong(outcome), Optional(HasSubstr("a step was not done")));
+  outcome = failed_;
+  outcome.files.clear();
+  EXPECT_EQ(Wrong(outcome), std::nullopt);
 }
 
 TEST_F(VerdictTest, SeesABreach) {

@@ -1,0 +1,29 @@
+#include "lab/sweeps/sweep_command.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+
+#include "lab/namespaces.h"
+
+namespace lab::sweeps {
+
+void AddSubject(CLI::App& app, Subject& subject) {
+  app.add_option("device", subject.image, "folder with the device image")
+      ->required()
+      ->check(CLI::ExistingDirectory);
+  app.add_option("--from", subject.build_number, "build number that the device is updated from")->required();
+  app.add_option("--workers", subject.workers, "processes at a time");
+}
+
+int RunSweep(const char* name, const std::function<bool()>& sweep) {
+  try {
+    EnterNamespaces();
+    return sweep() ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", name, error.what());
+    return 2;
+  }
+}
+
+}  // namespace lab::sweeps
