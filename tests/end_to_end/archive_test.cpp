@@ -52,6 +52,14 @@ std::string MissingFile(const std::string& path) {
   return "filesystem error: cannot rename: No such file or directory [" + path + "] [" + Archived(path) + "]";
 }
 
+TEST(Archive, AKernelEntryThatClimbsOutOfTheFolderLeadsNowhere) {
+  lab::PrivateRoot device(Image(kDevice));
+  device.Write("/proc/sys/kernel/kelp_mac_address4", "../../../../etc/hostapd/mac_filter\n");
+  const lab::RunResult run = UpdateFrom(device, "8000");
+  ExpectFailure(run, "8000", MissingFile(kWifi + "wifi_ap_..:/.:./:..:/.:./e:tc/h:os:ta:pd/m:ac:_f:il:te:r"));
+  ExpectArchived(run, 5);
+}
+
 TEST(Archive, TakesTheConsumedFilesAndNoOther) {
   lab::PrivateRoot device(Image(kDevice));
   const lab::RunResult run = UpdateFrom(device, "8000");

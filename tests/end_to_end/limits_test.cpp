@@ -1,10 +1,16 @@
 // Input of a size or kind that no household has ends in the documents that its bytes stand for, or in their
 // fall-backs.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 
+#include <map>
+#include <set>
 #include <string>
 
+#include "lab/descriptor.h"
 #include "tests/end_to_end/updater_run.h"
 #include "tests/support/json_text.h"
 
@@ -112,24 +118,54 @@ TEST(Limits, AMegabyteOfNulsIsAFileWithoutEntries) {
   }
 }
 
-class OddKind : public testing::TestWithParam<std::string> {};
-
-TEST_P(OddKind, AFifoCountsAsUnreadable) {
-  lab::PrivateRoot device(Image("dual-band-standalone"));
-  device.Remove(GetParam());
-  device.MakeFifo(GetParam());
-  const lab::RunResult run = UpdateFrom(device, "8000");
-  EXPECT_FALSE(run.timed_out);
-  EXPECT_EQ(run.status, 0);
+/// The documents by their names.
+std::map<std::string, std::string> DocumentsOf(const lab::Tree& files) {
+  std::map<std::string, std::string> documents;
+  for (const auto& [path, entry] : files) {
+    if (path.starts_with(kWifi) && path.find(".json") != std::string::npos) documents[path] = entry.content;
+  }
+  return documents;
 }
 
-TEST_P(OddKind, ALinkLoopEndsByTheRules) {
-  lab::PrivateRoot device(Image("dual-band-standalone"));
-  device.Remove(GetParam());
-  device.Link(GetParam(), GetParam());
-  const lab::RunResult run = UpdateFrom(device, "8000");
-  EXPECT_FALSE(run.timed_out);
-  EXPECT_EQ(run.status, 0);
+class OddKind : public testing::TestWithParam<std::string> {
+ protected:
+  OddKind() { device_.Remove(GetParam()); }
+
+  /// What stands at the path counts as unreadable, which is as good as missing. (Only that a missing file
+  /// cannot be archived.)
+  void ExpectTakenForMissing(const std::set<std::string>& missing = {GetParam()}) {
+    lab::PrivateRoot without(Image("dual-band-standalone"));
+    for (const std::string& path : missing) without.Remove(path);
+    const auto expected = DocumentsOf(UpdateFrom(without, "8000").after);
+    EXPECT_EQ(expected.size(), 5U);
+
+    const lab::RunResult run = UpdateFrom(device_, "8000");
+    EXPECT_FALSE(run.timed_out);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(DocumentsOf(run.after), expected);
+  }
+
+  lab::PrivateRoot device_{Image("dual-band-standalone")};
+};
+
+TEST_P(OddKind, AFifoIsTakenForMissing) {
+  device_.MakeFifo(GetParam());
+  ExpectTakenForMissing();
+}
+
+TEST_P(OddKind, ALinkLoopIsTakenForMissing) {
+  device_.Link(GetParam(), GetParam());
+  // Whether a filter list exists cannot be told then, and no profile is made without knowing.
+  const std::set<std::string> lists{kFilters + "mf_deny.conf", kFilters + "mf_allow.conf"};
+  ExpectTakenForMissing(lists.contains(GetParam()) ? lists : std::set{GetParam()});
+}
+
+TEST_P(OddKind, ADeviceNodeThatNeverEndsIsTakenForMissing) {
+  const std::string node = device_.Path().native() + GetParam();
+  const dev_t zeros = ::makedev(1, 5);
+  if (::mknod(node.c_str(), S_IFCHR | 0600, zeros) != 0) GTEST_SKIP() << "needs root of the host";
+  if (!lab::Descriptor(::open(node.c_str(), O_RDONLY)).IsOpen()) GTEST_SKIP() << "no device nodes in $TMPDIR";
+  ExpectTakenForMissing();
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, OddKind,
@@ -139,13 +175,19 @@ INSTANTIATE_TEST_SUITE_P(Files, OddKind,
                                          "/etc/fw_env.config", "/boot/uboot.env",
                                          "/var/lock/fw_printenv.lock"));
 
-TEST(Limits, HostileKernelEntriesAndSectionNamesEndInADefinedResult) {
+TEST(Limits, HostileSectionNamesAreNamesLikeOthers) {
   lab::PrivateRoot device(Image("dual-band-standalone"));
-  device.Write("/proc/sys/kernel/kelp_mac_address4", "../../../../etc/hostapd/mac_filter\n");
-  device.Write(kFilters + "mf_deny.conf", "[]]\nenable=yes\nmac=02:00:00:00:00:01\n[\n]\n[]\nenable=no\n");
-  const lab::RunResult run = UpdateFrom(device, "8000");
-  EXPECT_EQ(run.status, 1);  // no such file to archive
-  EXPECT_EQ(Document(device, "misc.json")["macFilterProfiles"][0]["devices"].size(), 1U);
+  device.Write(kFilters + "mf_deny.conf",
+               "[]]\nenable=yes\nmac=02:00:00:00:00:01\n"  // named "]"
+               "[\nmac=02:00:00:00:00:02\n]\n"             // still "]", which has its address
+               "[]\nenable=yes\nmac=02:00:00:00:00:03\n"   // named by nothing
+               "[../../x]\nenable=yes\nmac=02:00:00:00:00:04\n");
+  ExpectSuccess(UpdateFrom(device, "8000"));
+  const Json::Value devices = Document(device, "misc.json")["macFilterProfiles"][0]["devices"];
+  ASSERT_EQ(devices.size(), 3U);
+  EXPECT_EQ(devices[0]["mac"].asString(), "02:00:00:00:00:01");
+  EXPECT_EQ(devices[1]["mac"].asString(), "02:00:00:00:00:03");
+  EXPECT_EQ(devices[2]["mac"].asString(), "02:00:00:00:00:04");
 }
 
 }  // namespace

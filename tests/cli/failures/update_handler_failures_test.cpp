@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <map>
+#include <set>
+#include <string>
+
 #include "cli/update_handler.h"
 #include "tests/cli/failing_facts.h"
+#include "tests/migration/legacy_household.h"
 #include "tests/support/captured_streams.h"
 #include "tests/support/failing_allocation.h"
 #include "tests/support/json_text.h"
@@ -27,14 +32,13 @@ TEST(UpdateHandlerFailures, WhatIsNoStandardExceptionIsLetThrough) {
 }
 
 /// Runs build `build_number` with memory for more and more allocations until it runs out no more, each time
-/// on a device that `lay_out` makes. Every run must end with status 0, or with 1 and one report.
-template <typename LayOut, typename Check>
+/// on a Device that `lay_out` completes. Every run must end with status 0, or with 1 and one report.
+template <typename Device, typename LayOut, typename Check>
 void RunOutOfMemoryEverywhere(const std::string& build_number, LayOut lay_out, Check check) {
   int failures = 0;
-  for (int succeeding = 0; succeeding < 5000; ++succeeding) {
-    testing_support::TestDevice device;
+  for (int succeeding = 0, failed = 1; failed > 0; ++succeeding) {
+    Device device;
     lay_out(device);
-    int failed = 0;
     const ConsoleResult result = device.Run([&] {
       const testing_support::CapturedStream err(2);
       int status = -1;
@@ -57,7 +61,6 @@ void RunOutOfMemoryEverywhere(const std::string& build_number, LayOut lay_out, C
     check(device, result.status);
     if (failed == 0) {
       EXPECT_EQ(result.status, 0);
-      break;
     }
     failures += result.status;
   }
@@ -65,7 +68,7 @@ void RunOutOfMemoryEverywhere(const std::string& build_number, LayOut lay_out, C
 }
 
 TEST(UpdateHandlerFailures, RunningOutOfMemoryIsReported) {
-  RunOutOfMemoryEverywhere(
+  RunOutOfMemoryEverywhere<testing_support::TestDevice>(
       "9300",
       [](testing_support::TestDevice& device) {
         device.WriteInfo({{"kelpbios", "orchid"}, {"mesh_network_role", "re"}});
@@ -77,7 +80,7 @@ TEST(UpdateHandlerFailures, RunningOutOfMemoryLosesNoOldFile) {
   constexpr const char* kModelFile = "/usr/kelp/etc/wifi/model.json";
   constexpr const char* kCountryFile = "/usr/kelp/etc/wifi/country.json";
   constexpr const char* kDocument = "/usr/kelp/etc/wifi/global.json";
-  RunOutOfMemoryEverywhere(
+  RunOutOfMemoryEverywhere<testing_support::TestDevice>(
       "9000",
       [&](testing_support::TestDevice& device) {
         device.WriteInfo({{"kelpbios", "orchid"}, {"mesh_network_role", "re"}});
@@ -98,6 +101,50 @@ TEST(UpdateHandlerFailures, RunningOutOfMemoryLosesNoOldFile) {
                       "meshInfo": {"connectedModels": ["ORCHID", "LOTUS"], "isRepeater": false},
                       "countryCodeSetting": {"countryCode": "DE"}, "backhaulSwapped": true})"));
       });
+}
+
+/// The documents, and the legacy files by their last names wherever they stand.
+struct Household {
+  std::map<std::string, std::string> documents;
+  std::multimap<std::string, std::string> legacy_files;
+  bool has_leftover = false;
+
+  explicit Household(const lab::Tree& files) {
+    for (const auto& [path, entry] : files) {
+      if (entry.kind != lab::Entry::Kind::File) continue;
+      has_leftover |= path.ends_with(".new");
+      if (path.find("/wifi/") == std::string::npos && path.find("/mac_filter/") == std::string::npos)
+        continue;
+      const bool is_document = path.find(".json") != std::string::npos;
+      if (is_document) documents.emplace(path, entry.content);
+      if (!is_document) legacy_files.emplace(path.substr(path.rfind('/')), entry.content);
+    }
+  }
+};
+
+TEST(UpdateHandlerFailures, RunningOutOfMemoryLosesNothingOfAHousehold) {
+  testing_support::LegacyHousehold undisturbed;
+  const Household before(undisturbed.Files().Snapshot());
+  ASSERT_EQ(undisturbed.Run([] { return UpdateConfig("8000"); }), 0);
+  const Household whole(undisturbed.Files().Snapshot());
+  ASSERT_EQ(whole.documents.size(), 5U);
+  ASSERT_EQ(before.legacy_files.size(), 11U);
+
+  std::set<std::size_t> numbers_of_documents;
+  RunOutOfMemoryEverywhere<testing_support::LegacyHousehold>(
+      "8000", [](testing_support::LegacyHousehold&) {},
+      [&](testing_support::LegacyHousehold& device, int status) {
+        const Household after(device.Files().Snapshot());
+        EXPECT_FALSE(after.has_leftover);
+        EXPECT_EQ(after.legacy_files, before.legacy_files);
+        for (const auto& [path, content] : after.documents)
+          EXPECT_EQ(content, whole.documents.at(path)) << path;
+        if (status == 0) {
+          EXPECT_EQ(after.documents.size(), 5U);
+        }
+        numbers_of_documents.insert(after.documents.size());
+      });
+  EXPECT_EQ(numbers_of_documents, (std::set<std::size_t>{0, 1, 2, 3, 4, 5}));
 }
 
 }  // namespace
