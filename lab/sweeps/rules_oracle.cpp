@@ -10,6 +10,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "lab/sweeps/documents.h"
 #include "lab/sweeps/outcome_text.h"
@@ -55,8 +56,9 @@ std::vector<std::set<std::string>> ParseServices(const std::string& text) {
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
     std::istringstream fields(line + '\t');
-    std::set<std::string>& places = services.emplace_back();
+    std::set<std::string> places;
     for (std::string place; std::getline(fields, place, '\t');) places.insert(place);
+    services.push_back(std::move(places));
   }
   return services;
 }

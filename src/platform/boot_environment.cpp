@@ -12,6 +12,7 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,7 +26,8 @@ constexpr const char* kLock = "/var/lock/fw_printenv.lock";
 constexpr const char* kVariable = "usb3_disable";
 constexpr std::string_view kBlanks = " \t\r\v\f";
 constexpr int kHexadecimal = 16;
-constexpr unsigned long long kSmallestEnvironment = 64;
+constexpr int kMostCopies = 2;                          // the library reads no further
+constexpr unsigned long long kSmallestEnvironment = 6;  // its header and a byte
 constexpr unsigned long long kLargestEnvironment = 16ULL * 1024 * 1024;
 
 struct Exit {
@@ -44,31 +46,41 @@ bool NamesFifo(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-std::string TakeField(std::string_view& rest) {
-  rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
-  std::string field(rest.substr(0, rest.find_first_of(kBlanks)));
-  rest.remove_prefix(field.size());
-  return field;
+/// Where an environment lies.
+struct Place {
+  std::string device;
+  unsigned long long size;
+};
+
+/// A line holds a device, an offset and a size in hexadecimal; the library passes over any other.
+std::optional<Place> ParseLine(std::string_view line) {
+  if (line.starts_with('#')) return std::nullopt;
+  const std::string text(line.substr(0, line.find('\0')));
+  const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
+  const std::size_t end = std::min(text.find_first_of(kBlanks, begin), text.size());
+  const char* const offset = text.c_str() + end;
+  char* size = nullptr;
+  std::strtoll(offset, &size, 0);
+  char* rest = nullptr;
+  const unsigned long long bytes = std::strtoull(size, &rest, kHexadecimal);
+  if (size == offset || rest == size) return std::nullopt;
+  return Place{text.substr(begin, end - begin), bytes};
 }
 
-/// A line holds a device, an offset and a size in hexadecimal. The library trusts the size: it reads past the
-/// end of an environment that is smaller than its own header.
-bool IsUsable(std::string_view line) {
-  if (line.starts_with('#')) return true;
-  const std::string device = TakeField(line);
-  TakeField(line);  // the offset
-  const std::string size = TakeField(line);
-  if (size.empty()) return true;  // describes no environment
-  const unsigned long long bytes = std::strtoull(size.c_str(), nullptr, kHexadecimal);
-  return bytes >= kSmallestEnvironment && bytes <= kLargestEnvironment && !NamesFifo(device);
+/// The library trusts the size: it reads past the end of an environment that is smaller than its own header.
+bool IsUsable(const Place& place) {
+  return place.size >= kSmallestEnvironment && place.size <= kLargestEnvironment && !NamesFifo(place.device);
 }
 
 bool IsConfigurationUsable() {
   try {
     const std::string configuration = KELP::Wifi::ReadRegularFile(kConfiguration).bytes;
     std::string_view rest = configuration;
-    while (!rest.empty()) {
-      if (!IsUsable(KELP::Wifi::TakeLine(rest))) return false;
+    for (int copies = 0; copies < kMostCopies && !rest.empty();) {
+      const std::optional<Place> place = ParseLine(KELP::Wifi::TakeLine(rest));
+      if (!place) continue;
+      if (!IsUsable(*place)) return false;
+      ++copies;
     }
     return !NamesFifo(kLock);
   } catch (const std::exception&) {

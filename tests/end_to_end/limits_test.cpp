@@ -20,10 +20,12 @@ namespace {
 const std::string kAllBands = kWifi + "wifi_ap_00:00:00:00:00:00";
 constexpr std::size_t kMegabyte = 1000 * 1000;
 
-/// The sanitizers reserve an address space of their own.
-lab::RunOptions WithMemory(rlim_t bytes) {
+/// Memory for the program and `factor` bytes for each byte of its input: with the same factor for a small and
+/// a large input, memory grows no faster than the input. (The sanitizers reserve an address space of their
+/// own.)
+lab::RunOptions WithMemoryFor(std::size_t input, rlim_t factor) {
   lab::RunOptions options;
-  if (!lab::kSanitizedBuild) options.rlimits = {{RLIMIT_AS, bytes}};
+  if (!lab::kSanitizedBuild) options.rlimits = {{RLIMIT_AS, 50 * kMegabyte + factor * input}};
   return options;
 }
 
@@ -36,85 +38,90 @@ void PutFirst(lab::PrivateRoot& device, const std::string& entry) {
   device.Write(kAllBands, entry + device.Read(kAllBands));
 }
 
-TEST(Limits, AHundredThousandFilteredDevicesAllArrive) {
-  lab::PrivateRoot device(Image("tri-band-mesh-router"));
-  constexpr int kDevices = 100'000;
+std::string FilterList(int devices) {
   std::string list;
-  for (int i = 0; i < kDevices; ++i) {
+  for (int i = 0; i < devices; ++i) {
     const std::string number = std::to_string(1'000'000 + i);
     list += "[" + number + "]\nenable=yes\ndesc=Device " + number + "\nmac=02:" + number.substr(1, 2) + ":" +
             number.substr(3, 2) + ":" + number.substr(5, 2) + ":00:00\n";
   }
-  device.Write(kFilters + "mf_deny.conf", list);
-  device.Remove(kFilters + "mf_allow.conf");
-  ExpectSuccess(UpdateFrom(device, "8000", WithMemory(1000 * kMegabyte)));
-  const Json::Value profiles = Document(device, "misc.json")["macFilterProfiles"];
-  ASSERT_EQ(profiles.size(), 2U);
-  ASSERT_EQ(profiles[0]["devices"].size(), static_cast<unsigned>(kDevices));
-  EXPECT_EQ(profiles[0]["devices"][kDevices - 1]["mac"].asString(), "02:09:99:99:00:00");
-  EXPECT_EQ(profiles[1]["devices"][0]["name"].asString(), "Device 1000000");
+  return list;
+}
+
+TEST(Limits, AHundredThousandFilteredDevicesAllArrive) {
+  for (const int count : {10'000, 100'000}) {
+    lab::PrivateRoot device(Image("tri-band-mesh-router"));
+    const std::string list = FilterList(count);
+    device.Write(kFilters + "mf_deny.conf", list);
+    device.Remove(kFilters + "mf_allow.conf");
+    ExpectSuccess(UpdateFrom(device, "8000", WithMemoryFor(list.size(), 30)));
+    const Json::Value profiles = Document(device, "misc.json")["macFilterProfiles"];
+    ASSERT_EQ(profiles.size(), 2U);
+    ASSERT_EQ(profiles[0]["devices"].size(), static_cast<unsigned>(count));
+    EXPECT_EQ(profiles[0]["devices"][9'999]["mac"].asString(), "02:00:99:99:00:00");
+    EXPECT_EQ(profiles[0]["devices"][count - 1]["name"].asString(),
+              "Device " + std::to_string(999'999 + count));
+    EXPECT_EQ(profiles[1]["devices"][0]["name"].asString(), "Device 1000000");
+  }
+}
+
+/// A household whose all-bands file has `line` over and over again, up to `size` bytes, before all that
+/// counts.
+void ExpectReadToItsEnd(const std::string& line, std::size_t size, rlim_t factor) {
+  lab::PrivateRoot device(Image("dual-band-standalone"));
+  std::string padding;
+  while (padding.size() < size) padding += line;
+  PutFirst(device, padding + "max_num_client=77\n");
+  ExpectSuccess(UpdateFrom(device, "8000", WithMemoryFor(size, factor)));
+  EXPECT_EQ(Document(device, "network.json.default")[0]["max_num_client"].asInt(), 77);
 }
 
 TEST(Limits, AnAccessPointFileOf50MegabytesIsReadToItsEnd) {
-  lab::PrivateRoot device(Image("dual-band-standalone"));
-  const std::string original = device.Read(kAllBands);
-  std::string padding;
-  while (padding.size() < 50 * kMegabyte)
-    padding += "# nothing that anybody ever reads, over and over again\n";
-  device.Write(kAllBands, padding + "max_num_client=77\n" + original);
-  ExpectSuccess(UpdateFrom(device, "8000", WithMemory(300 * kMegabyte)));
-  EXPECT_EQ(Document(device, "network.json.default")[0]["max_num_client"].asInt(), 77);
+  for (const std::size_t size : {5 * kMegabyte, 50 * kMegabyte}) {
+    ExpectReadToItsEnd("# nothing that anybody ever reads, over and over again\n", size, 2);
+  }
 }
 
 TEST(Limits, AFileOf50MegabytesOfTheShortestEntriesIsReadToItsEnd) {
-  lab::PrivateRoot device(Image("dual-band-standalone"));
-  const std::string original = device.Read(kAllBands);
-  std::string padding;
-  while (padding.size() < 50 * kMegabyte) padding += "a=\n";
-  device.Write(kAllBands, padding + "max_num_client=77\n" + original);
-  ExpectSuccess(UpdateFrom(device, "8000", WithMemory(800 * kMegabyte)));
-  EXPECT_EQ(Document(device, "network.json.default")[0]["max_num_client"].asInt(), 77);
+  for (const std::size_t size : {5 * kMegabyte, 50 * kMegabyte}) ExpectReadToItsEnd("a=\n", size, 7);
 }
 
 TEST(Limits, AScheduleOf10MegabytesArrivesWhole) {
-  lab::PrivateRoot device(Image("dual-band-standalone"));
-  PutFirst(device, "schedule=" + std::string(10 * kMegabyte, '1') + "\n");
-  ExpectSuccess(UpdateFrom(device, "8000", WithMemory(500 * kMegabyte)));
-  EXPECT_EQ(Document(device, "network.json.default")[0]["schedule"].asString(),
-            std::string(10 * kMegabyte, '1'));
+  for (const std::size_t size : {kMegabyte, 10 * kMegabyte}) {
+    lab::PrivateRoot device(Image("dual-band-standalone"));
+    PutFirst(device, "schedule=" + std::string(size, '1') + "\n");
+    ExpectSuccess(UpdateFrom(device, "8000", WithMemoryFor(size, 10)));
+    EXPECT_EQ(Document(device, "network.json.default")[0]["schedule"].asString(), std::string(size, '1'));
+  }
 }
 
 TEST(Limits, AnUnknownWordOf10MegabytesStillGivesItsLogLine) {
-  lab::PrivateRoot device(Image("dual-band-standalone"));
-  PutFirst(device, "security=" + std::string(10 * kMegabyte, 'x') + "\n");
-  const lab::RunResult run = UpdateFrom(device, "8000", WithMemory(500 * kMegabyte));
-  EXPECT_EQ(run.status, 0);
-  int lines = 0;
-  for (const lab::LogLine& line : run.log) {
-    if (line.message.starts_with("kelpwifiupdater:760 Invalid security mode: xxxx")) ++lines;
+  for (const std::size_t size : {kMegabyte, 10 * kMegabyte}) {
+    lab::PrivateRoot device(Image("dual-band-standalone"));
+    PutFirst(device, "security=" + std::string(size, 'x') + "\n");
+    const lab::RunResult run = UpdateFrom(device, "8000", WithMemoryFor(size, 5));
+    EXPECT_EQ(run.status, 0);
+    int lines = 0;
+    for (const lab::LogLine& line : run.log) {
+      if (line.message.starts_with("kelpwifiupdater:760 Invalid security mode: xxxx")) ++lines;
+    }
+    EXPECT_EQ(lines, 1);
+    EXPECT_EQ(Document(device, "network.json.default")[0]["security"].asInt(), 4);
   }
-  EXPECT_EQ(lines, 1);
-  EXPECT_EQ(Document(device, "network.json.default")[0]["security"].asInt(), 4);
 }
 
 TEST(Limits, AMailListOf10MegabytesOfAddressesIsSplit) {
-  lab::PrivateRoot device(Image("dual-band-standalone"));
-  std::string list;
-  std::size_t addresses = 0;
-  for (; list.size() < 10 * kMegabyte; ++addresses) list += "somebody@household.example,";
-  list.pop_back();
-  PutFirst(device, "guest_pwd_rotate_mail_list=" + list + "\n");
-  const lab::RunResult run = UpdateFrom(device, "8000", WithMemory(1000 * kMegabyte));
-  EXPECT_EQ(run.status, 0);
-  const Json::Value guest = Document(device, "network.json.default")[1];
-  EXPECT_EQ(guest["guestPasswordRotation"]["mail_list"].size(), addresses);
-}
-
-TEST(Limits, AMegabyteOfNulsIsAFileWithoutEntries) {
-  for (const std::string& file : {kAllBands, kFilters + "mf_deny.conf", kFilters + "mf.setting", kMesh}) {
+  for (const std::size_t size : {kMegabyte, 10 * kMegabyte}) {
     lab::PrivateRoot device(Image("dual-band-standalone"));
-    device.Write(file, std::string(kMegabyte, '\0'));
-    EXPECT_EQ(UpdateFrom(device, "8000").status, 0) << file;
+    std::string list;
+    std::size_t addresses = 0;
+    for (; list.size() < size; ++addresses) list += "somebody@household.example,";
+    list.pop_back();
+    PutFirst(device, "guest_pwd_rotate_mail_list=" + list + "\n");
+    const lab::RunResult run = UpdateFrom(device, "8000", WithMemoryFor(size, 20));
+    EXPECT_EQ(run.status, 0);
+    const Json::Value guest = Document(device, "network.json.default")[1];
+    EXPECT_EQ(guest["guestPasswordRotation"]["mail_list"].size(), addresses);
   }
 }
 
@@ -166,6 +173,18 @@ TEST_P(OddKind, ADeviceNodeThatNeverEndsIsTakenForMissing) {
   if (::mknod(node.c_str(), S_IFCHR | 0600, zeros) != 0) GTEST_SKIP() << "needs root of the host";
   if (!lab::Descriptor(::open(node.c_str(), O_RDONLY)).IsOpen()) GTEST_SKIP() << "no device nodes in $TMPDIR";
   ExpectTakenForMissing();
+}
+
+TEST(Limits, AMegabyteOfNulsIsAFileWithoutEntries) {
+  for (const std::string& file : {kAllBands, kFilters + "mf_deny.conf", kFilters + "mf.setting", kMesh}) {
+    lab::PrivateRoot empty(Image("dual-band-standalone"));
+    empty.Write(file, "");
+    lab::PrivateRoot device(Image("dual-band-standalone"));
+    device.Write(file, std::string(kMegabyte, '\0'));
+    const lab::RunResult run = UpdateFrom(device, "8000", WithMemoryFor(kMegabyte, 3));
+    EXPECT_EQ(run.status, 0) << file;
+    EXPECT_EQ(DocumentsOf(run.after), DocumentsOf(UpdateFrom(empty, "8000").after)) << file;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, OddKind,

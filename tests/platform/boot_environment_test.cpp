@@ -33,11 +33,12 @@ std::uint32_t CRC32(std::string_view bytes) {
   return ~crc;
 }
 
-/// An environment of kSize bytes: checksum (little-endian), then `header` (empty, or the flags byte of a
+/// An environment of `size` bytes: checksum (little-endian), then `header` (empty, or the flags byte of a
 /// redundant copy), then `variables`, each with its NUL.
-std::string Environment(const std::string& variables, const std::string& header = "") {
+std::string Environment(const std::string& variables, const std::string& header = "",
+                        std::size_t size = kSize) {
   std::string data = variables;
-  data.resize(kSize - 4 - header.size(), '\0');
+  data.resize(size - 4 - header.size(), '\0');
   const std::uint32_t crc = CRC32(data);
   std::string checksum;
   for (unsigned shift = 0; shift < 32; shift += 8) checksum += static_cast<char>(crc >> shift);
@@ -173,6 +174,43 @@ TEST_F(BootEnvironment, ConfigurationLineThatCannotBeReadIsNegative) {
 #endif
   device_.Write(kConfiguration, "garbage\n");
   EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, LinesThatDescribeNoEnvironmentArePassedOver) {
+#ifdef __SANITIZE_ADDRESS__
+  const __lsan::ScopedDisabler library_forgets_the_word_it_scanned;
+#endif
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
+  const std::string good = "/dev/environment 0x0 0x1000\n";
+  for (const std::string& text :
+       {" # device offset size\n" + good, "MTD device name\n" + good, good + "junk line zz\n",
+        "\n \t\n" + good, "/dev/environment 0x0\n" + good, "\t/dev/environment\t0\t1000 ignored\n"s}) {
+    device_.Write(kConfiguration, text);
+    EXPECT_EQ(Ask(), 1) << text;
+  }
+}
+
+TEST_F(BootEnvironment, NothingIsReadBehindTwoEnvironments) {
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s, "\x01"));
+  device_.Write("/dev/second", Environment("usb3_disable=1\0"s, "\x02"));
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x1000\n/dev/second 0x0 0x1000\n/dev/third 0x0 0x1\n");
+  EXPECT_EQ(Ask(), 1);
+}
+
+TEST_F(BootEnvironment, SmallEnvironmentIsRead) {
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x20\n");
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s, "", 0x20));
+  EXPECT_EQ(Ask(), 1);
+}
+
+TEST_F(BootEnvironment, EnvironmentWithoutRoomForAVariableIsZeroOrNegativeButNeverTheEnd) {
+  device_.Write("/dev/environment", Environment("", "", 6));
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x6\n");
+  EXPECT_EQ(Ask(), 0);
+  for (const char* const size : {"0x5", "0x4", "0x1", "0x0", "0x1000001", "-1"}) {
+    device_.Write(kConfiguration, "/dev/environment 0x0 "s + size + "\n");
+    EXPECT_EQ(Ask(), -1) << size;
+  }
 }
 
 TEST_F(BootEnvironment, ConfigurationThatIsADirectoryIsNegative) {
