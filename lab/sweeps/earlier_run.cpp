@@ -8,7 +8,6 @@
 namespace lab::sweeps {
 namespace {
 
-constexpr int kFirstBuildOf13 = 8228;
 constexpr mode_t kOwnerOnly = 0600;
 
 std::vector<std::string> DocumentsOfRun(const Device& device, const Programs& programs) {

@@ -138,6 +138,14 @@ std::string PlaceOf(const SystemCall& call, const OpenedFile* opened, const Open
   return {};
 }
 
+bool MovesBreak(const SystemCall& call) {
+  return call.name == "brk" && call.arguments.at(0) != "NULL";
+}
+
+bool AsksForMemory(const SystemCall& call) {
+  return MovesBreak(call) || call.name == "mmap" || call.name == "mremap";
+}
+
 std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descriptors) {
   const auto known = ErrorsOfCalls().find(call.name);
   if (known == ErrorsOfCalls().end()) {
@@ -175,18 +183,12 @@ std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descr
       faults.push_back(fault);
     }
   }
-  if (call.name == "brk" &&
-      call.arguments.at(0) != "NULL") {  // a break that stays where it was is how the kernel refuses memory
+  if (MovesBreak(call)) {  // a break that stays where it was is how the kernel refuses memory
     fault.bytes = 0;
     fault.duty = Fault::Duty::None;
     faults.push_back(fault);
   }
   return faults;
-}
-
-bool AsksForMemory(const SystemCall& call) {
-  return (call.name == "brk" && call.arguments.at(0) != "NULL") || call.name == "mmap" ||
-         call.name == "mremap";
 }
 
 }  // namespace

@@ -20,6 +20,13 @@ struct Programs {
   static Programs BesideThisOne();
 };
 
+/// Below it a device holds generation 1.2.5, whose migration stops where it finds a document.
+inline constexpr int kFirstBuildOf13 = 8228;
+
+/// How the line begins that the program writes to standard error when it fails, and what its log line tells
+/// too.
+inline constexpr const char* kFailureReport = "Failed to update config, error: ";
+
 /// A device and the build number that it is updated from.
 struct Device {
   Tree files;

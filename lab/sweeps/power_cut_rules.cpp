@@ -9,8 +9,6 @@
 namespace lab::sweeps {
 namespace {
 
-constexpr int kFirstBuildOf13 = 8228;
-constexpr const char* kReport = "Failed to update config, error: ";
 constexpr std::array kOldFilesOf13{"/usr/kelp/etc/wifi/model.json", "/usr/kelp/etc/wifi/country.json",
                                    "/usr/kelp/etc/wifi/backhaul.json"};
 
@@ -96,7 +94,7 @@ std::optional<std::string> PowerCutRules::FindWrongWords(const Expected& expecte
   if (outcome.log.empty() || outcome.log.back().find(expected.log) == std::string::npos) {
     return "not at the end of the log: " + std::string(expected.log);
   }
-  const std::string reported = expected.status == 0 ? "" : std::string(kReport) + expected.log + "\n";
+  const std::string reported = expected.status == 0 ? "" : std::string(kFailureReport) + expected.log + "\n";
   if (outcome.err != reported) return "on standard error: " + outcome.err;
   return std::nullopt;
 }

@@ -1,7 +1,6 @@
 #include "lab/sweeps/verdict.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "lab/sweeps/documents.h"
 #include "lab/sweeps/outcome_text.h"
@@ -9,15 +8,15 @@
 namespace lab::sweeps {
 namespace {
 
-constexpr std::string_view kReport = "Failed to update config, error: ";
-
 std::ptrdiff_t CountReports(const std::vector<std::string>& log) {
-  return std::count_if(log.begin(), log.end(),
-                       [](const std::string& line) { return line.find(kReport) != std::string::npos; });
+  return std::count_if(log.begin(), log.end(), [](const std::string& line) {
+    return line.find(kFailureReport) != std::string::npos;
+  });
 }
 
 bool IsOneReport(const std::string& err) {
-  return err.starts_with(kReport) && err.ends_with('\n') && std::count(err.begin(), err.end(), '\n') == 1;
+  return err.starts_with(kFailureReport) && err.ends_with('\n') &&
+         std::count(err.begin(), err.end(), '\n') == 1;
 }
 
 /// A channel that the fault fell on may have lost a line of it; the other one may not.

@@ -107,6 +107,12 @@ TEST_F(LoadJson, TakesCommentsBeforeAMemberAndBehindAValueAsTheLibraryDoes) {
   }
 }
 
+TEST_F(LoadJson, TakesSomeLaxNumbersAndControlCharactersAsTheLibraryDoes) {
+  for (const auto* text : {"[01]", "[1.]", "[-]", "[+1]", "[\"a\nb\"]", "[\"a\x01\"]"}) {
+    EXPECT_FALSE(IsRefused(text)) << text;
+  }
+}
+
 TEST_F(LoadJson, KeepsWhatLooksLikeACommentInsideATextAsItIs) {
   EXPECT_EQ(Load("{\"// a\": \"/* b */ // c\"}")["// a"].asString(), "/* b */ // c");
   EXPECT_EQ(Load("{\"q\": \"\\\"// c\"}")["q"].asString(), "\"// c");
