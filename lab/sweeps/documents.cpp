@@ -27,22 +27,88 @@ bool IsArchived(const std::string& path, const Entry& entry, const Tree& before)
   });
 }
 
-/// Whether the document at `path` is one of `written` and not the one that stood there before.
-bool IsNew(const std::string& path, const Tree& before, const Tree& after,
-           const std::vector<const Tree*>& written) {
-  const Entry* const document = Find(after, path);
-  const Entry* const old = Find(before, path);
-  if (document == nullptr || document->mode != kOwnerOnly || (old != nullptr && *old == *document))
-    return false;
-  return std::any_of(written.begin(), written.end(), [&](const Tree* tree) {
-    const Entry* const expected = Find(*tree, path);
-    return expected != nullptr && *expected == *document;
-  });
-}
-
 std::string DocumentOf(const std::string& temporary_name) {
   return temporary_name.substr(0, temporary_name.size() - kTemporarySuffix.size());
 }
+
+class Search {
+ public:
+  Search(const Tree& before, const Tree& after, const std::vector<const Tree*>& written,
+         bool may_leave_temporary)
+      : before_(before), after_(after), written_(written), may_leave_temporary_(may_leave_temporary) {}
+
+  std::optional<std::string> FindBreach() const {
+    for (const auto& [path, entry] : before_) {
+      const bool is_no_matter =
+          entry.kind == Entry::Kind::Directory || IsTemporaryName(path) || IsLockOfBootEnvironment(path);
+      const Entry* const here = Find(after_, path);
+      const bool is_as_before = here != nullptr && *here == entry;
+      if (is_no_matter || is_as_before) continue;
+      if (auto breach = IsDocument(path) ? OfDocument(path) : OfFile(path, entry)) return breach;
+    }
+    for (const auto& [path, entry] : after_) {
+      if (auto breach = IsTemporaryName(path) ? OfTemporary(path, entry) : OfNewEntry(path, entry))
+        return breach;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  /// An old document that is not as it was.
+  std::optional<std::string> OfDocument(const std::string& path) const {
+    if (!after_.contains(path)) return "the old document is gone: " + path;
+    if (!IsNew(path)) return "neither the old nor a new document, whole: " + path;
+    return std::nullopt;
+  }
+
+  /// Any other file that is not as it was.
+  std::optional<std::string> OfFile(const std::string& path, const Entry& entry) const {
+    if (const Entry* const here = Find(after_, path)) {
+      if (IsArchived(path, *here, before_)) return std::nullopt;  // replaced by a file of the same name
+      return "changed: " + path;
+    }
+    const Entry* const archived = Find(after_, ArchivedPath(path));
+    if (archived != nullptr && *archived == entry) return std::nullopt;
+    if (!IsConsumedBy13(path)) return "gone from its place and from the archive: " + path;
+    if (!IsNew(kGlobalDocument)) return "gone before global.json stands: " + path;
+    return std::nullopt;
+  }
+
+  std::optional<std::string> OfTemporary(const std::string& path, const Entry& entry) const {
+    const Entry* const earlier = Find(before_, path);
+    const bool is_untouched = earlier != nullptr && *earlier == entry && !IsNew(DocumentOf(path));
+    if (!may_leave_temporary_ && !is_untouched) return "left beside the documents: " + path;
+    if (entry.kind != Entry::Kind::File || entry.mode != kOwnerOnly) return "others may read " + path;
+    return std::nullopt;
+  }
+
+  std::optional<std::string> OfNewEntry(const std::string& path, const Entry& entry) const {
+    if (before_.contains(path) || path == kArchive || IsLockOfBootEnvironment(path)) return std::nullopt;
+    if (IsDocument(path)) {
+      if (!IsNew(path)) return "no document that the rules give, whole: " + path;
+    } else if (!IsArchived(path, entry, before_)) {
+      return "nobody asked for " + path;
+    }
+    return std::nullopt;
+  }
+
+  /// Whether the document at `path` is one that the rules give and not the one that stood there before.
+  bool IsNew(const std::string& path) const {
+    const Entry* const document = Find(after_, path);
+    const Entry* const old = Find(before_, path);
+    const bool is_old = document != nullptr && old != nullptr && *old == *document;
+    if (document == nullptr || document->mode != kOwnerOnly || is_old) return false;
+    return std::any_of(written_.begin(), written_.end(), [&](const Tree* tree) {
+      const Entry* const expected = Find(*tree, path);
+      return expected != nullptr && *expected == *document;
+    });
+  }
+
+  const Tree& before_;
+  const Tree& after_;
+  const std::vector<const Tree*>& written_;
+  bool may_leave_temporary_;
+};
 
 }  // namespace
 
@@ -72,44 +138,7 @@ std::string ArchivedPath(const std::string& path) {
 
 std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
                                       const std::vector<const Tree*>& written, bool may_leave_temporary) {
-  const auto is_new = [&](const std::string& path) { return IsNew(path, before, after, written); };
-
-  for (const auto& [path, entry] : before) {
-    const bool is_no_matter =
-        entry.kind == Entry::Kind::Directory || IsTemporaryName(path) || IsLockOfBootEnvironment(path);
-    if (is_no_matter) continue;
-    const Entry* const here = Find(after, path);
-    if (here != nullptr && *here == entry) continue;
-    if (IsDocument(path)) {
-      if (here == nullptr) return "the old document is gone: " + path;
-      if (!is_new(path)) return "neither the old nor a new document, whole: " + path;
-      continue;
-    }
-    if (here != nullptr) {
-      if (IsArchived(path, *here, before)) continue;  // replaced by a file of the same name
-      return "changed: " + path;
-    }
-    const Entry* const archived = Find(after, ArchivedPath(path));
-    if (archived != nullptr && *archived == entry) continue;
-    if (!IsConsumedBy13(path)) return "gone from its place and from the archive: " + path;
-    if (!is_new(kGlobalDocument)) return "gone before global.json stands: " + path;
-  }
-  for (const auto& [path, entry] : after) {
-    if (IsTemporaryName(path)) {
-      const Entry* const earlier = Find(before, path);
-      const bool is_untouched = earlier != nullptr && *earlier == entry && !is_new(DocumentOf(path));
-      if (!may_leave_temporary && !is_untouched) return "left beside the documents: " + path;
-      if (entry.kind != Entry::Kind::File || entry.mode != kOwnerOnly) return "others may read " + path;
-      continue;
-    }
-    if (before.contains(path) || path == kArchive || IsLockOfBootEnvironment(path)) continue;
-    if (IsDocument(path)) {
-      if (!is_new(path)) return "no document that the rules give, whole: " + path;
-    } else if (!IsArchived(path, entry, before)) {
-      return "nobody asked for " + path;
-    }
-  }
-  return std::nullopt;
+  return Search(before, after, written, may_leave_temporary).FindBreach();
 }
 
 }  // namespace lab::sweeps

@@ -41,7 +41,7 @@ class Countdown {
  public:
   Countdown() {
     const char* const call = std::getenv("FAILING_CALL");
-    failing_ = call == nullptr ? 0 : std::atol(call);
+    failing_ = call == nullptr ? 0 : std::strtol(call, nullptr, 10);
   }
   Countdown(const Countdown&) = delete;
   Countdown& operator=(const Countdown&) = delete;

@@ -241,6 +241,7 @@ std::vector<Fault> Sample(const std::vector<Fault>& faults, std::size_t count, s
     drawn.insert(place);
   }
   std::vector<Fault> sample;
+  sample.reserve(drawn.size());
   for (const std::size_t place : drawn) sample.push_back(faults[place]);
   return sample;
 }

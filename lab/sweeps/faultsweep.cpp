@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "lab/namespaces.h"
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/fault_plan.h"
 #include "lab/sweeps/rules_oracle.h"
@@ -118,18 +119,24 @@ bool Sweep(const Request& request, const std::string& program) {
   return well == faults.size();
 }
 
-}  // namespace
-}  // namespace lab::sweeps
-
-int main(int argument_count, char* arguments[]) {
-  lab::sweeps::Request request;
+int SweepAsAsked(int argument_count, char* arguments[]) {
+  Request request;
   CLI::App app("Lets each system call of a migration fail in turn, in every way in which it can.");
-  lab::sweeps::AddSubject(app, request.subject);
+  AddSubject(app, request.subject);
   app.add_option("--sample", request.sample, "try only so many faults, one of every kind among them");
   app.add_option("--seed", request.seed, "what the sample is drawn with");
   app.add_option("--only", request.only, "try only this fault, named as in a report: read:12:EIO");
   app.add_flag("--after-earlier-run", request.after_earlier_run,
                "begin with old documents in place, and beside them what an interrupted run left");
   CLI11_PARSE(app, argument_count, arguments);
-  return lab::sweeps::RunSweep("faultsweep", [&] { return lab::sweeps::Sweep(request, arguments[0]); });
+  EnterNamespaces();
+  return Sweep(request, arguments[0]) ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace lab::sweeps
+
+int main(int argument_count, char* arguments[]) {
+  return lab::sweeps::RunCommand("faultsweep",
+                                 [&] { return lab::sweeps::SweepAsAsked(argument_count, arguments); });
 }

@@ -131,7 +131,7 @@ class Extraction {
   std::map<std::int64_t, std::size_t>::const_iterator FindOpening(const SystemCall& call) const {
     const OpenedFile* const file = descriptors_.UsedBy(call);
     if (file == nullptr) return open_for_writing_.end();
-    return open_for_writing_.find(std::atoi(call.arguments.at(0).c_str()));
+    return open_for_writing_.find(std::strtol(call.arguments.at(0).c_str(), nullptr, 10));
   }
 
   DescriptorTable descriptors_;

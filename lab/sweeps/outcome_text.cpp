@@ -53,7 +53,7 @@ std::string ToText(const Outcome& outcome) {
   Writer writer;
   writer.Add(std::int64_t{outcome.status});
   writer.Add(std::int64_t{outcome.signal});
-  writer.Add(std::int64_t{outcome.timed_out});
+  writer.Add(std::int64_t{outcome.timed_out ? 1 : 0});
   writer.Add(outcome.out);
   writer.Add(outcome.err);
   writer.Add(static_cast<std::int64_t>(outcome.log.size()));

@@ -16,6 +16,10 @@ bool HasBegun(const std::string& path, const Tree& before, const Tree& state) {
   return state.contains(path) && !before.contains(path);
 }
 
+std::string BegunTooSoon(std::string what, const std::string& unfinished) {
+  return what.append(" was begun before ").append(unfinished).append(" was durable");
+}
+
 /// The first path at which two devices differ.
 std::optional<std::string> FindDifference(const Tree& expected, const Tree& found) {
   for (const auto& [path, entry] : expected) {
@@ -51,12 +55,11 @@ std::optional<std::string> PowerCutRules::FindWrongState(const Tree& state) cons
   for (const std::string& document : documents_) {
     const bool is_new = IsNew(document, state);
     const bool has_begun = is_new || HasBegun(document + ".new", device_.files, state);
-    if (has_begun && !unfinished.empty())
-      return document + " was begun before " + unfinished + " was durable";
+    if (has_begun && !unfinished.empty()) return BegunTooSoon(document, unfinished);
     if (!is_new && unfinished.empty()) unfinished = document;
   }
   if (HasBegun(kArchive, device_.files, state) && !unfinished.empty()) {
-    return "the archive was begun before " + unfinished + " was durable";
+    return BegunTooSoon("the archive", unfinished);
   }
   return std::nullopt;
 }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "lab/namespaces.h"
 #include "lab/sweeps/choices.h"
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/outcome_text.h"
@@ -188,22 +189,26 @@ class Sweep {
   std::size_t failed_ = 0;
 };
 
-}  // namespace
-}  // namespace lab::sweeps
-
-int main(int argument_count, char* arguments[]) {
-  lab::sweeps::Request request;
+int SweepAsAsked(int argument_count, char* arguments[]) {
+  Request request;
   CLI::App app("Cuts the power at every instant of a migration.");
-  lab::sweeps::AddSubject(app, request.subject);
+  AddSubject(app, request.subject);
   app.add_option("--all-up-to", request.limits.all_up_to,
                  "so many states after one operation are all checked");
   app.add_option("--sample", request.limits.sample, "of more, so many are");
   app.add_option("--seed", request.limits.seed, "what the sample is drawn with");
   app.add_flag("--old-documents", request.old_documents, "begin with documents of an earlier time in place");
   CLI11_PARSE(app, argument_count, arguments);
-  return lab::sweeps::RunSweep("powercutsweep", [&] {
-    lab::sweeps::Device device = lab::sweeps::ReadDevice(request.subject.image, request.subject.build_number);
-    if (request.old_documents) device = WithOldDocuments(device, lab::sweeps::Programs::BesideThisOne());
-    return lab::sweeps::Sweep(request, std::move(device)).Run();
-  });
+  EnterNamespaces();
+  Device device = ReadDevice(request.subject.image, request.subject.build_number);
+  if (request.old_documents) device = WithOldDocuments(device, Programs::BesideThisOne());
+  return Sweep(request, std::move(device)).Run() ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace lab::sweeps
+
+int main(int argument_count, char* arguments[]) {
+  return lab::sweeps::RunCommand("powercutsweep",
+                                 [&] { return lab::sweeps::SweepAsAsked(argument_count, arguments); });
 }

@@ -24,6 +24,11 @@ void Edit(std::map<std::string, int>& names, const std::vector<std::pair<std::st
   }
 }
 
+std::string WithZerosFrom(std::size_t place, std::string bytes) {
+  std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(place), bytes.end(), '\0');
+  return bytes;
+}
+
 }  // namespace
 
 StorageModel::StorageModel(const Tree& durable) {
@@ -139,12 +144,9 @@ std::string StorageModel::ContentOf(const Inode& inode, unsigned variant) {
     case 1:
       return inode.written.substr(0, inode.written.size() / 2);
     case 2:
-      return std::string(inode.written.size(), '\0');
-    case 3: {  // the size of the whole, but not all of its blocks
-      std::string bytes = inode.written;
-      std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2), bytes.end(), '\0');
-      return bytes;
-    }
+      return WithZerosFrom(0, inode.written);
+    case 3:  // the size of the whole, but not all of its blocks
+      return WithZerosFrom(inode.written.size() / 2, inode.written);
     default:
       return inode.written;
   }

@@ -4,8 +4,6 @@
 #include <cstdio>
 #include <exception>
 
-#include "lab/namespaces.h"
-
 namespace lab::sweeps {
 
 void AddSubject(CLI::App& app, Subject& subject) {
@@ -16,10 +14,9 @@ void AddSubject(CLI::App& app, Subject& subject) {
   app.add_option("--workers", subject.workers, "processes at a time");
 }
 
-int RunSweep(const char* name, const std::function<bool()>& sweep) {
+int RunCommand(const char* name, const std::function<int()>& command) {
   try {
-    EnterNamespaces();
-    return sweep() ? 0 : 1;
+    return command();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", name, error.what());
     return 2;

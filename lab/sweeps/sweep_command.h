@@ -19,8 +19,8 @@ struct Subject {
 /// Lets the command line name the subject.
 void AddSubject(CLI::App& app, Subject& subject);
 
-/// Makes the sweep and gives its exit status: 0 when it gave true, 1 for false, and 2, with the reason on
-/// standard error, when it could not be made.
-int RunSweep(const char* name, const std::function<bool()>& sweep);
+/// What a sweep's main gives: the status of `command`; 2, with the reason on standard error, for an
+/// exception.
+int RunCommand(const char* name, const std::function<int()>& command);
 
 }  // namespace lab::sweeps

@@ -112,11 +112,13 @@ std::vector<std::string> DoInWorkers(std::size_t count, unsigned workers,
                                      const std::function<std::string(std::size_t)>& work) {
   SharedCounter next;
   std::vector<Worker> running;
+  running.reserve(std::max(workers, 1U));
   for (unsigned i = 0; i < std::max(workers, 1U); ++i) running.push_back(Start(count, next, work));
 
   std::vector<std::string> results(count);
   std::vector<bool> done(count);
   std::vector<pollfd> pipes;
+  pipes.reserve(running.size());
   for (const Worker& worker : running) pipes.push_back({worker.pipe, POLLIN, 0});
   std::size_t open = pipes.size();
   std::array<char, 65536> buffer{};
