@@ -1,44 +1,51 @@
 #include "lab/sweeps/earlier_run.h"
 
+#include <functional>
+#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "lab/sweeps/documents.h"
+#include "lab/sweeps/outcome_text.h"
 
 namespace lab::sweeps {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 
-std::vector<std::string> DocumentsOfRun(const Device& device, const Programs& programs) {
-  std::vector<std::string> documents;
-  for (const auto& [path, entry] : Migrate(device, programs.migration, programs.tamper).outcome.files) {
-    if (IsDocument(path)) documents.push_back(path);
-  }
-  return documents;
-}
-
 bool StopsRun(const std::string& document, const Device& device) {
   return device.build_number < kFirstBuildOf13 && (document == kGlobalDocument || document == kMiscDocument);
+}
+
+/// The device with what `add` puts beside or in place of each document that its run writes.
+Device WithTraces(const Device& device, const Programs& programs,
+                  const std::function<void(const std::string& document, Tree& files)>& add) {
+  const Outcome without = Migrate(device, programs.migration, programs.tamper).outcome;
+  Device traced = device;
+  for (const auto& [path, entry] : without.files) {
+    const auto before = device.files.find(path);
+    const bool is_written = before == device.files.end() || !(before->second == entry);
+    if (IsDocument(path) && is_written) add(path, traced.files);
+  }
+  const Outcome with = Migrate(traced, programs.migration, programs.tamper).outcome;
+  if (!(with == without)) {
+    throw std::runtime_error("an earlier run makes a difference:\n" + Difference(without, with));
+  }
+  return traced;
 }
 
 }  // namespace
 
 Device WithOldDocuments(const Device& device, const Programs& programs) {
-  Device older = device;
-  for (const std::string& document : DocumentsOfRun(device, programs)) {
-    if (StopsRun(document, device)) continue;
-    older.files.try_emplace(document, Entry{Entry::Kind::File, kOwnerOnly, "{\n\t\"earlier\" : true\n}\n"});
-  }
-  return older;
+  return WithTraces(device, programs, [&](const std::string& document, Tree& files) {
+    if (StopsRun(document, device)) return;
+    files.try_emplace(document, Entry{Entry::Kind::File, kOwnerOnly, "{\n\t\"earlier\" : true\n}\n"});
+  });
 }
 
 Device WithLeftovers(const Device& device, const Programs& programs) {
-  Device interrupted = device;
-  for (const std::string& document : DocumentsOfRun(device, programs)) {
-    interrupted.files[TemporaryNameOf(document)] = {Entry::Kind::File, kOwnerOnly, "{\n\t\"torn"};
-  }
-  return interrupted;
+  return WithTraces(device, programs, [](const std::string& document, Tree& files) {
+    files[TemporaryNameOf(document)] = {Entry::Kind::File, kOwnerOnly, "{\n\t\"torn"};
+  });
 }
 
 }  // namespace lab::sweeps

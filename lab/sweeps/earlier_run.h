@@ -4,6 +4,9 @@
 
 namespace lab::sweeps {
 
+// What an earlier run left makes no difference: both throw std::runtime_error when the program does not come
+// to the same end with it as without it.
+
 /// The device with documents of an earlier time wherever its run is going to write one and would not stop for
 /// it.
 Device WithOldDocuments(const Device& device, const Programs& programs);
