@@ -33,6 +33,8 @@ Ended RunOverCat(std::vector<std::string> arguments, const std::string& input) {
   std::array<int, 2> out{};
   EXPECT_EQ(::pipe(in.data()), 0);
   EXPECT_EQ(::pipe2(out.data(), O_DIRECT), 0);  // keeps the writes apart
+  // Before there is anybody to read it, who might be killed first.
+  EXPECT_EQ(::write(in[1], input.data(), input.size()), static_cast<ssize_t>(input.size()));
   const pid_t pid = ::fork();
   if (pid == 0) {
     ::dup2(in[0], STDIN_FILENO);
@@ -43,7 +45,6 @@ Ended RunOverCat(std::vector<std::string> arguments, const std::string& input) {
   }
   ::close(in[0]);
   ::close(out[1]);
-  EXPECT_EQ(::write(in[1], input.data(), input.size()), static_cast<ssize_t>(input.size()));
   ::close(in[1]);
   Ended ended{};
   std::array<char, 256> buffer{};
