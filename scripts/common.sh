@@ -24,6 +24,9 @@ build_folder() {
   esac
 }
 
+# Tests and sweeps lay out devices by the thousand: in memory where that is possible.
+keep_devices_in_memory() { [ ! -w /dev/shm ] || export TMPDIR=${TMPDIR:-/dev/shm}; }
+
 # From here on the folder that a command was given in, which may be one that this user cannot even read, no
 # longer matters.
 cd -- "$root" || exit 1

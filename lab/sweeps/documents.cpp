@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::string_view kFolder = "/usr/kelp/etc/wifi/";
 constexpr std::string_view kTemporarySuffix = ".new";
-constexpr mode_t kOwnerOnly = 0600;
 
 bool IsConsumedBy13(const std::string& path) {
   return path == "/usr/kelp/etc/wifi/model.json" || path == "/usr/kelp/etc/wifi/country.json";
@@ -25,10 +24,6 @@ bool IsArchived(const std::string& path, const Entry& entry, const Tree& before)
   return std::any_of(before.begin(), before.end(), [&](const auto& legacy) {
     return ArchivedPath(legacy.first) == path && legacy.second == entry;
   });
-}
-
-std::string DocumentOf(const std::string& temporary_name) {
-  return temporary_name.substr(0, temporary_name.size() - kTemporarySuffix.size());
 }
 
 class Search {
@@ -78,7 +73,7 @@ class Search {
     const Entry* const earlier = Find(before_, path);
     const bool is_untouched = earlier != nullptr && *earlier == entry && !IsNew(DocumentOf(path));
     if (!may_leave_temporary_ && !is_untouched) return "left beside the documents: " + path;
-    if (entry.kind != Entry::Kind::File || entry.mode != kOwnerOnly) return "others may read " + path;
+    if (entry.kind != Entry::Kind::File || entry.mode != kDocumentMode) return "others may read " + path;
     return std::nullopt;
   }
 
@@ -97,7 +92,7 @@ class Search {
     const Entry* const document = Find(after_, path);
     const Entry* const old = Find(before_, path);
     const bool is_old = document != nullptr && old != nullptr && *old == *document;
-    if (document == nullptr || document->mode != kOwnerOnly || is_old) return false;
+    if (document == nullptr || document->mode != kDocumentMode || is_old) return false;
     return std::any_of(written_.begin(), written_.end(), [&](const Tree* tree) {
       const Entry* const expected = Find(*tree, path);
       return expected != nullptr && *expected == *document;
@@ -126,6 +121,10 @@ bool IsTemporaryName(const std::string& path) {
 
 std::string TemporaryNameOf(const std::string& path) {
   return path + std::string(kTemporarySuffix);
+}
+
+std::string DocumentOf(const std::string& temporary_name) {
+  return temporary_name.substr(0, temporary_name.size() - kTemporarySuffix.size());
 }
 
 bool IsLockOfBootEnvironment(const std::string& path) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +14,9 @@ inline constexpr const char* kGlobalDocument = "/usr/kelp/etc/wifi/global.json";
 inline constexpr const char* kMiscDocument = "/usr/kelp/etc/wifi/misc.json";
 inline constexpr const char* kArchive = "/usr/kelp/etc/wifi/legacy";
 
+/// The mode of a document, under whichever name.
+inline constexpr mode_t kDocumentMode = 0600;
+
 /// One of the documents that the program writes.
 bool IsDocument(const std::string& path);
 
@@ -20,6 +25,9 @@ bool IsTemporaryName(const std::string& path);
 
 /// That name of the document at `path`.
 std::string TemporaryNameOf(const std::string& path);
+
+/// The document that is written under a temporary name.
+std::string DocumentOf(const std::string& temporary_name);
 
 /// The one file that a run may leave besides its results.
 bool IsLockOfBootEnvironment(const std::string& path);

@@ -10,8 +10,6 @@
 namespace lab::sweeps {
 namespace {
 
-constexpr mode_t kOwnerOnly = 0600;
-
 bool StopsRun(const std::string& document, const Device& device) {
   return device.build_number < kFirstBuildOf13 && (document == kGlobalDocument || document == kMiscDocument);
 }
@@ -38,13 +36,13 @@ Device WithTraces(const Device& device, const Programs& programs,
 Device WithOldDocuments(const Device& device, const Programs& programs) {
   return WithTraces(device, programs, [&](const std::string& document, Tree& files) {
     if (StopsRun(document, device)) return;
-    files.try_emplace(document, Entry{Entry::Kind::File, kOwnerOnly, "{\n\t\"earlier\" : true\n}\n"});
+    files.try_emplace(document, Entry{Entry::Kind::File, kDocumentMode, "{\n\t\"earlier\" : true\n}\n"});
   });
 }
 
 Device WithLeftovers(const Device& device, const Programs& programs) {
   return WithTraces(device, programs, [](const std::string& document, Tree& files) {
-    files[TemporaryNameOf(document)] = {Entry::Kind::File, kOwnerOnly, "{\n\t\"torn"};
+    files[TemporaryNameOf(document)] = {Entry::Kind::File, kDocumentMode, "{\n\t\"torn"};
   });
 }
 

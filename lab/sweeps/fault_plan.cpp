@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "lab/sweeps/descriptor_table.h"
+#include "lab/sweeps/documents.h"
 
 namespace lab::sweeps {
 namespace {
@@ -119,10 +120,8 @@ Fault::Channel ChannelOf(const SystemCall& call, const OpenedFile* used) {
 /// The services know a document, not the name that it is written under, and the kernel's entries as one.
 std::string AsServicesName(std::string path) {
   constexpr std::string_view kKernelEntries = "/proc/sys/kernel/kelp_mac_address";
-  constexpr std::string_view kTemporary = ".new";
   if (path.starts_with(kKernelEntries)) path.resize(kKernelEntries.size());
-  if (path.ends_with(kTemporary)) path.resize(path.size() - kTemporary.size());
-  return path;
+  return IsTemporaryName(path) ? DocumentOf(path) : path;
 }
 
 std::string PlaceOf(const SystemCall& call, const OpenedFile* opened, const OpenedFile* used,

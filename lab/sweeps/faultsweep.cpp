@@ -41,7 +41,8 @@ std::vector<Fault> Choose(const Request& request, const std::vector<Fault>& plan
   return chosen;
 }
 
-/// Whether the fault happened, and to the call that was meant; strace's record tells.
+/// Whether the fault happened, and to the call that was meant. Of errors strace's record tells; a tamperer
+/// that had nothing to do ends with a status that no run may have.
 bool WasMet(const Fault& fault, const MigrationRun& run) {
   if (fault.kind != Fault::Kind::Error) return true;
   const auto record = run.scratch.find(kRecord);

@@ -54,7 +54,7 @@ std::optional<std::string> PowerCutRules::FindWrongState(const Tree& state) cons
   std::string unfinished;  // the first document that is not there yet
   for (const std::string& document : documents_) {
     const bool is_new = IsNew(document, state);
-    const bool has_begun = is_new || HasBegun(document + ".new", device_.files, state);
+    const bool has_begun = is_new || HasBegun(TemporaryNameOf(document), device_.files, state);
     if (has_begun && !unfinished.empty()) return BegunTooSoon(document, unfinished);
     if (!is_new && unfinished.empty()) unfinished = document;
   }

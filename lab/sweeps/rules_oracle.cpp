@@ -21,9 +21,11 @@ namespace {
 
 /// Behind each of these stands what went wrong, in the words of whoever noticed it.
 constexpr std::array<std::string_view, 5> kCauseFollows{
-    "Failed to get mesh role, error: ", "Failed to get network context: ",
-    "use US to instead. error: ",       "Failed to get backhaul swap, default false: ",
-    "Failed to update config, error: ",
+    "Failed to get mesh role, error: ",
+    "Failed to get network context: ",
+    "use US to instead. error: ",
+    "Failed to get backhaul swap, default false: ",
+    kFailureReport,
 };
 
 /// How the services name the boot environment: by no path.

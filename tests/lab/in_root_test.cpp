@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <syslog.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -121,11 +120,7 @@ TEST(InRoot, StaysOutsideWhenTheRootCannotBeEntered) {
 
 TEST(InRoot, WorksHoweverLongTheRootsPathIs) {
   const lab_test::TemporaryFolder temporary;
-  const auto folder = temporary / (std::string(120, 'a') + "/" + std::string(120, 'b'));
-  fs::create_directories(folder);
-  ::setenv("TMPDIR", folder.c_str(), 1);
-  PrivateRoot root;
-  ::unsetenv("TMPDIR");
+  PrivateRoot root = lab_test::RootWithLongPath(temporary);
   InRoot inside(root);
   ::syslog(LOG_ERR, "far away");
   EXPECT_THAT(Messages(inside.Log()), ElementsAre("far away"));

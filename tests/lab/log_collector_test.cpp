@@ -7,8 +7,6 @@
 #include <sys/un.h>
 #include <syslog.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <sstream>
 #include <system_error>
 
@@ -141,11 +139,7 @@ TEST(LogCollector, LeavesAFileThatTookItsPlace) {
 
 TEST(LogCollector, WorksHoweverLongTheRootsPathIs) {
   const lab_test::TemporaryFolder temporary;
-  const auto folder = temporary / (std::string(120, 'a') + "/" + std::string(120, 'b'));
-  std::filesystem::create_directories(folder);
-  ::setenv("TMPDIR", folder.c_str(), 1);
-  PrivateRoot root;
-  ::unsetenv("TMPDIR");
+  PrivateRoot root = lab_test::RootWithLongPath(temporary);
   LogCollector collector(root);
   Send(root, "<11>far away");
   EXPECT_THAT(collector.Take(), ElementsAre(LogLine{3, LOG_USER, "", "far away"}));

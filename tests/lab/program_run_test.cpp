@@ -336,11 +336,7 @@ TEST(RunProgram, RunsSeveralAtATime) {
 
 TEST(RunProgram, WorksHoweverLongTheRootsPathIs) {
   const lab_test::TemporaryFolder temporary;
-  const auto folder = temporary / (std::string(120, 'a') + "/" + std::string(120, 'b'));
-  fs::create_directories(folder);
-  ::setenv("TMPDIR", folder.c_str(), 1);
-  PrivateRoot root;
-  ::unsetenv("TMPDIR");
+  PrivateRoot root = lab_test::RootWithLongPath(temporary);
   EXPECT_THAT(RunTest(root, {"log", "11", "far away"}).log,
               ElementsAre(LogLine{LOG_ERR, LOG_USER, "lab_test_program", "far away"}));
 }

@@ -33,4 +33,13 @@ std::string ReadFile(const fs::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+lab::PrivateRoot RootWithLongPath(const TemporaryFolder& folder) {
+  const auto deep = folder / (std::string(120, 'a') + "/" + std::string(120, 'b'));
+  fs::create_directories(deep);
+  ::setenv("TMPDIR", deep.c_str(), 1);
+  lab::PrivateRoot root;
+  ::unsetenv("TMPDIR");
+  return root;
+}
+
 }  // namespace lab_test

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "lab/private_root.h"
+
 namespace lab_test {
 
 /// A folder of the host that goes away with the object.
@@ -24,5 +26,8 @@ class TemporaryFolder {
 };
 
 std::string ReadFile(const std::filesystem::path& path);
+
+/// A private root in `folder`, with a path longer than the address of a socket may be.
+lab::PrivateRoot RootWithLongPath(const TemporaryFolder& folder);
 
 }  // namespace lab_test
