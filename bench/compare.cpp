@@ -11,7 +11,7 @@
 
 #include "bench/comparison.h"
 #include "bench/report.h"
-#include "lab/namespaces.h"
+#include "lab/images/namespaces.h"
 
 namespace {
 

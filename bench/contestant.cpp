@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "lab/tree.h"
+#include "lab/images/tree.h"
 
 namespace bench {
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "lab/private_root.h"
-#include "lab/program_run.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/program_run.h"
 
 namespace bench {
 

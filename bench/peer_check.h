@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "lab/tree.h"
+#include "lab/images/tree.h"
 
 namespace bench {
 

@@ -1,5 +1,5 @@
 // The key=value reader, on the text itself and through a file. Input: the key to ask for, a LF, the text.
-#include "platform/key_value_text.h"
+#include "platform/stand_in/text/key_value_text.h"
 
 #include <cstdint>
 #include <exception>

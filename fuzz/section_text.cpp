@@ -1,5 +1,5 @@
 // Section files, on the text itself and through the core utility library's interface. Input: the text.
-#include "platform/section_text.h"
+#include "platform/stand_in/text/section_text.h"
 
 #include <cstdint>
 #include <map>

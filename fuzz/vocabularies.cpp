@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "base/enumeration_names.h"
 #include "fuzz/support/captured_log.h"
 #include "fuzz/support/check.h"
 #include "fuzz/support/input.h"
@@ -15,7 +16,6 @@
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
 #include "legacy/network_value.h"
-#include "platform/enumeration_names.h"
 #include "platform/exceptions.h"
 
 namespace {

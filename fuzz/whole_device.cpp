@@ -22,7 +22,7 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/plain_text.h"
 #include "fuzz/support/private_device.h"
-#include "lab/tree.h"
+#include "lab/images/tree.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include "bench/micro/samples.h"
 #include "bench/micro/scratch_file.h"
-#include "platform/key_value_text.h"
 #include "platform/sdk_utils.h"
+#include "platform/stand_in/text/key_value_text.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // A document onto the storage: all or nothing, flushed. In memory, so that the disk does not count.
 #include <benchmark/benchmark.h>
 
+#include "base/durable_file.h"
 #include "bench/micro/samples.h"
 #include "bench/micro/scratch_file.h"
-#include "platform/durable_file.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
 

@@ -6,7 +6,7 @@
 #include "bench/micro/samples.h"
 #include "bench/micro/scratch_file.h"
 #include "platform/section_files.h"
-#include "platform/section_text.h"
+#include "platform/stand_in/text/section_text.h"
 
 namespace {
 

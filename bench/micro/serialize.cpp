@@ -3,7 +3,7 @@
 
 #include "bench/micro/samples.h"
 #include "platform/json_serializer.h"
-#include "platform/json_text.h"
+#include "platform/stand_in/json/json_text.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "lab/tree.h"
+#include "lab/images/tree.h"
 
 namespace lab::sweeps {
 

@@ -14,11 +14,11 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/durable_file.h"
 #include "lab/sweeps/service_symbols.h"
 #include "legacy/interface_mac.h"
 #include "platform/boot_environment.h"
 #include "platform/cipher.h"
-#include "platform/durable_file.h"
 #include "platform/json_util.h"
 #include "platform/sdk_utils.h"
 #include "platform/section_files.h"

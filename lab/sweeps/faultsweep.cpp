@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "lab/namespaces.h"
+#include "lab/images/namespaces.h"
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/fault_plan.h"
 #include "lab/sweeps/rules_oracle.h"

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "lab/private_root.h"
-#include "lab/program_run.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/program_run.h"
 #include "lab/sweeps/documents.h"
 
 namespace lab::sweeps {

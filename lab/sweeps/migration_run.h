@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "lab/images/tree.h"
 #include "lab/sweeps/strace_record.h"
-#include "lab/tree.h"
 
 namespace lab::sweeps {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "lab/namespaces.h"
+#include "lab/images/namespaces.h"
 #include "lab/sweeps/choices.h"
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/outcome_text.h"

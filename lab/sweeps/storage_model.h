@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "lab/images/tree.h"
 #include "lab/sweeps/file_operations.h"
-#include "lab/tree.h"
 
 namespace lab::sweeps {
 

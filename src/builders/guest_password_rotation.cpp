@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <exception>
 
+#include "base/format_text.h"
+#include "base/log.h"
 #include "legacy/legacy_value.h"
 #include "legacy/vocabularies.h"
-#include "platform/format_text.h"
-#include "platform/log.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string_view>
 
+#include "base/log.h"
 #include "legacy/legacy_value.h"
-#include "platform/log.h"
 #include "platform/section_files.h"
 
 namespace KELP::Wifi::Updater {

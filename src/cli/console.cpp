@@ -7,7 +7,7 @@
 #include <array>
 #include <csignal>
 
-#include "platform/file_descriptor.h"
+#include "base/file_descriptor.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -2,11 +2,11 @@
 
 #include <exception>
 
+#include "base/log.h"
 #include "cli/console.h"
 #include "legacy/device_facts.h"
 #include "migration/migrate_125_to_13.h"
 #include "migration/migrate_13_global_files.h"
-#include "platform/log.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -5,9 +5,9 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "base/log.h"
 #include "platform/boot_environment.h"
 #include "platform/json_util.h"
-#include "platform/log.h"
 #include "platform/sdk_utils.h"
 
 namespace KELP::Wifi::Updater {

@@ -3,9 +3,9 @@
 #include <array>
 #include <cstring>
 
+#include "base/log.h"
 #include "platform/base64.h"
 #include "platform/cipher.h"
-#include "platform/log.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

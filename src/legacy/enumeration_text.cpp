@@ -2,7 +2,7 @@
 
 #include <typeinfo>
 
-#include "platform/enumeration_names.h"
+#include "base/enumeration_names.h"
 #include "platform/exceptions.h"
 
 namespace KELP::Wifi::Updater {

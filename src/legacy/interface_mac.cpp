@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "platform/file_content.h"
-#include "platform/format_text.h"
+#include "base/file_content.h"
+#include "base/format_text.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

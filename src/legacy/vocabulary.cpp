@@ -1,6 +1,6 @@
 #include "legacy/vocabulary.h"
 
-#include "platform/log.h"
+#include "base/log.h"
 
 namespace KELP::Wifi::Updater {
 

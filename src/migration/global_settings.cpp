@@ -2,12 +2,12 @@
 
 #include <exception>
 
+#include "base/log.h"
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
 #include "migration/document_paths.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
-#include "platform/log.h"
 #include "platform/records/global_data.h"
 #include "platform/sdk_utils.h"
 

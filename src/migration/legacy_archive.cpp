@@ -2,8 +2,8 @@
 
 #include <filesystem>
 
-#include "platform/durable_file.h"
-#include "platform/format_text.h"
+#include "base/durable_file.h"
+#include "base/format_text.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

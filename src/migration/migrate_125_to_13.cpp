@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/log.h"
 #include "builders/mac_filter_profiles.h"
 #include "builders/misc_setting.h"
 #include "builders/network_setting.h"
@@ -20,7 +21,6 @@
 #include "migration/legacy_archive.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
-#include "platform/log.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

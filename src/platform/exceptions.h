@@ -3,7 +3,7 @@
 #include <string>
 #include <system_error>
 
-#include "platform/format_text.h"
+#include "base/format_text.h"
 
 namespace kelp::dbus {
 

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/enumeration_names.h"
+#include "base/enumeration_names.h"
 #include "platform/mac_address.h"
 #include "platform/records/record_traits.h"
 

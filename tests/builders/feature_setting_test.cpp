@@ -5,7 +5,7 @@
 #include <limits>
 #include <tuple>
 
-#include "lab/secret_seal.h"
+#include "lab/images/secret_seal.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"
 

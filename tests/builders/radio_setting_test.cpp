@@ -5,7 +5,7 @@
 #include <limits>
 #include <stdexcept>
 
-#include "lab/boot_environment.h"
+#include "lab/images/boot_environment.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "lab/program_run.h"
-#include "lab/tree.h"
+#include "lab/images/tree.h"
+#include "lab/runs/program_run.h"
 
 namespace end_to_end {
 

@@ -10,7 +10,7 @@
 #include <set>
 #include <string>
 
-#include "lab/descriptor.h"
+#include "lab/images/descriptor.h"
 #include "tests/end_to_end/updater_run.h"
 #include "tests/support/json_text.h"
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "lab/private_root.h"
-#include "lab/program_run.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/program_run.h"
 
 namespace end_to_end {
 

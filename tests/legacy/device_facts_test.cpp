@@ -6,9 +6,9 @@
 #include <string>
 #include <system_error>
 
-#include "lab/boot_environment.h"
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/boot_environment.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "tests/legacy/logged.h"
 
 namespace KELP::Wifi::Updater {

@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
-#include "lab/secret_seal.h"
+#include "lab/images/private_root.h"
+#include "lab/images/secret_seal.h"
+#include "lab/runs/in_root.h"
 #include "tests/legacy/logged.h"
 
 namespace KELP::Wifi::Updater {

@@ -5,8 +5,8 @@
 #include <climits>
 #include <string>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "tests/support/without_file_privileges.h"
 
 namespace KELP::Wifi::Updater {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "lab/in_root.h"
+#include "lab/runs/in_root.h"
 
 namespace testing_support {
 

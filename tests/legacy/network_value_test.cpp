@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -9,8 +9,8 @@
 #include <set>
 #include <string>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "tests/legacy/logged.h"
 
 namespace KELP::Wifi::Updater {

@@ -5,8 +5,8 @@
 #include <array>
 #include <string>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "tests/legacy/logged.h"
 
 namespace KELP::Wifi::Updater {

@@ -1,7 +1,7 @@
 #include "tests/migration/legacy_household.h"
 
-#include "lab/boot_environment.h"
-#include "lab/secret_seal.h"
+#include "lab/images/boot_environment.h"
+#include "lab/images/secret_seal.h"
 #include "tests/support/json_text.h"
 
 namespace testing_support {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "lab/tree.h"
+#include "lab/images/tree.h"
 #include "legacy/update_context.h"
 #include "tests/support/test_device.h"
 

@@ -13,11 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "lab/descriptor.h"
-#include "lab/in_root.h"
-#include "lab/private_root.h"
-#include "lab/program_run.h"
-#include "lab/secret_seal.h"
+#include "lab/images/descriptor.h"
+#include "lab/images/private_root.h"
+#include "lab/images/secret_seal.h"
+#include "lab/runs/in_root.h"
+#include "lab/runs/program_run.h"
 #include "platform/cipher.h"
 #include "tests/support/child_process.h"
 

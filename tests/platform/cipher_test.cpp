@@ -7,9 +7,9 @@
 #include <optional>
 #include <string>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
-#include "lab/secret_seal.h"
+#include "lab/images/private_root.h"
+#include "lab/images/secret_seal.h"
+#include "lab/runs/in_root.h"
 #include "tests/support/without_file_privileges.h"
 
 namespace {

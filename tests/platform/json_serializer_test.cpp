@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "platform/json_util.h"
 #include "tests/platform/random_records.h"
 

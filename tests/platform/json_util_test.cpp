@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "tests/support/without_file_privileges.h"
 
 namespace KELP::Wifi::Util::JsonUtil {

@@ -5,8 +5,8 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 
 namespace KELP::Wifi::Util::WifiUtils {
 namespace {

@@ -10,8 +10,8 @@
 #include <cstdio>
 #include <fstream>
 
-#include "lab/descriptor.h"
-#include "lab/file_copy.h"
+#include "lab/images/descriptor.h"
+#include "lab/images/file_copy.h"
 
 namespace testing_support {
 namespace {

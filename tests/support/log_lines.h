@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "lab/log_collector.h"
+#include "lab/runs/log_collector.h"
 
 namespace testing_support {
 

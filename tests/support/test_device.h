@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "tests/support/log_lines.h"
 
 namespace testing_support {

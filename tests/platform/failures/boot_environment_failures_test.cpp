@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "lab/boot_environment.h"
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/boot_environment.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "platform/boot_environment.h"
-#include "tests/platform/failing_calls.h"
+#include "tests/support/failing_calls.h"
 
 namespace {
 

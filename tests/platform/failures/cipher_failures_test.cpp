@@ -4,12 +4,12 @@
 #include <cerrno>
 #include <string>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
-#include "lab/secret_seal.h"
+#include "lab/images/private_root.h"
+#include "lab/images/secret_seal.h"
+#include "lab/runs/in_root.h"
 #include "platform/cipher.h"
-#include "tests/platform/failing_calls.h"
 #include "tests/support/failing_allocation.h"
+#include "tests/support/failing_calls.h"
 
 namespace {
 

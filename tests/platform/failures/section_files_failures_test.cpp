@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "lab/in_root.h"
-#include "lab/private_root.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "platform/section_files.h"
 #include "tests/support/failing_allocation.h"
 

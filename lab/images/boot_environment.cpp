@@ -1,0 +1,84 @@
+#include "lab/images/boot_environment.h"
+
+#include <array>
+#include <cstdio>
+#include <stdexcept>
+
+namespace lab {
+namespace {
+
+constexpr std::size_t kSumSize = 4;
+
+/// The CRC-32 of zlib, which U-Boot uses.
+std::uint32_t Crc32(std::string_view bytes) {
+  std::uint32_t sum = 0xFFFFFFFF;
+  for (const char byte : bytes) {
+    sum ^= static_cast<unsigned char>(byte);
+    for (int bit = 0; bit < 8; ++bit) sum = (sum >> 1) ^ ((sum & 1) != 0 ? 0xEDB88320 : 0);
+  }
+  return ~sum;
+}
+
+std::string LittleEndian(std::uint32_t number) {
+  std::string bytes;
+  for (unsigned shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<char>(number >> shift & 0xFF));
+  return bytes;
+}
+
+void CheckStorable(const std::string& name, const std::string& value) {
+  const bool good_name = !name.empty() && name.find_first_of(std::string_view("=\0", 2)) == std::string::npos;
+  const bool good_value = value.find('\0') == std::string::npos;
+  if (!good_name || !good_value) {
+    throw std::invalid_argument("a boot environment cannot store \"" + name + "=" + value + "\"");
+  }
+}
+
+/// The variables, each with its terminator, one more terminator, and padding up to `size`.
+std::string Data(const BootVariables& variables, std::size_t size, unsigned char padding) {
+  std::string data;
+  for (const auto& [name, value] : variables) {
+    CheckStorable(name, value);
+    data.append(name).append("=").append(value).push_back('\0');
+  }
+  data.push_back('\0');
+  if (variables.empty()) data.push_back('\0');
+  if (data.size() > size) {
+    throw std::invalid_argument("the boot variables need " + std::to_string(data.size() - size) +
+                                " bytes more than the boot environment has");
+  }
+  data.resize(size, static_cast<char>(padding));
+  return data;
+}
+
+std::size_t SizeBehind(std::size_t header, std::size_t size) {
+  if (size < header)
+    throw std::invalid_argument("a boot environment has more than " + std::to_string(header) + " bytes");
+  return size - header;
+}
+
+}  // namespace
+
+std::string BootEnvironment(const BootVariables& variables, std::size_t size, unsigned char padding) {
+  const std::string data = Data(variables, SizeBehind(kSumSize, size), padding);
+  return LittleEndian(Crc32(data)) + data;
+}
+
+std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t size, std::uint8_t flag,
+                                     unsigned char padding) {
+  const std::string data = Data(variables, SizeBehind(kSumSize + 1, size), padding);
+  return LittleEndian(Crc32(data)) + static_cast<char>(flag) + data;
+}
+
+std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t offset, std::size_t size) {
+  std::array<char, 64> numbers{};
+  std::snprintf(numbers.data(), numbers.size(), " 0x%zx 0x%zx\n", offset, size);
+  return std::string(device_path) + numbers.data();
+}
+
+void InstallBootEnvironment(PrivateRoot& root, const BootVariables& variables, const std::string& device_path,
+                            std::size_t size) {
+  root.Write(device_path, BootEnvironment(variables, size));
+  root.Write("/etc/fw_env.config", BootEnvironmentConfigLine(device_path, 0, size));
+}
+
+}  // namespace lab

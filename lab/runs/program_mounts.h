@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "lab/images/descriptor.h"
+#include "lab/images/private_root.h"
+
+namespace lab {
+
+/// A file or folder of the host and the device path at which it is mounted, to be read only.
+struct HostMount {
+  std::filesystem::path host_path;
+  std::string device_path;
+};
+
+/// Prepares the root for the mounts that a program needs, with the host's programs too where a wrapper is to
+/// run.
+std::vector<HostMount> PrepareHostMounts(PrivateRoot& root, const std::filesystem::path& program,
+                                         const std::string& program_device_path, bool with_host_programs);
+
+// The rest is for the process that becomes the program, in its own mount namespace. `root` is the private
+// root, opened in that namespace.
+
+void MountFromHost(int root, const HostMount& mount);
+
+/// Mounts the host's /proc at the device's, with the device's entries in /proc/sys/kernel.
+void MountProc(int root);
+
+/// Mounts an own file system of `size` bytes at a folder, with a copy of the folder's entries. Gives the file
+/// system's root, which outlives the mount.
+Descriptor MountTmpfs(int root, const std::string& device_path, std::uintmax_t size);
+
+}  // namespace lab

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <sys/resource.h>
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "lab/images/private_root.h"
+#include "lab/images/tree.h"
+#include "lab/runs/log_collector.h"
+
+namespace lab {
+
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kSanitizedBuild = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+inline constexpr bool kSanitizedBuild = true;
+#else
+inline constexpr bool kSanitizedBuild = false;
+#endif
+#else
+inline constexpr bool kSanitizedBuild = false;
+#endif
+
+/// How a program is run; the defaults are those of an ordinary run on a device.
+struct RunOptions {
+  /// Gives the program the host's /proc, with the device's own entries (and no others) in /proc/sys/kernel.
+  /// Sanitized programs and valgrind need it. What the program writes into /proc/sys/kernel is lost. Without
+  /// it, /proc has just the files of the device image.
+  bool with_proc = kSanitizedBuild;
+  /// Runs without the capabilities that let root read, write and chmod what file modes deny it.
+  bool drop_file_privileges = false;
+  /// Folders of the device that get a file system of their own, with its size in bytes (the kernel rounds up
+  /// to whole pages): a small one is soon full. It starts with the folder's entries, and what it holds at the
+  /// end stands in the folder after the run.
+  std::map<std::string, std::uintmax_t> tmpfs{};
+  /// A command before the program: strace or valgrind with their options. It runs inside the root with the
+  /// host's programs at hand, and writes its files there. A name without a slash is that of a program in
+  /// /usr/bin.
+  std::vector<std::string> wrapper{};
+  /// "NAME=value" each.
+  std::vector<std::string> environment{"PATH=/usr/sbin:/usr/bin:/sbin:/bin"};
+  /// The program is killed when it has not ended by then.
+  std::chrono::milliseconds timeout = std::chrono::seconds(60);
+  mode_t umask = 022;
+  /// Starts the program with descriptors 0, 1 and 2 closed.
+  bool close_standard_streams = false;
+  /// A RLIMIT_ constant and its value, for the soft and the hard limit.
+  std::vector<std::pair<int, rlim_t>> rlimits{};
+  std::string cwd = "/";
+  /// Without it nothing listens at /dev/log.
+  bool collect_log = true;
+};
+
+/// What a run did.
+struct RunResult {
+  /// The exit status; -1 when a signal ended the program.
+  int status = -1;
+  /// The signal that ended the program, or 0.
+  int signal = 0;
+  bool timed_out = false;
+  std::string out;
+  std::string err;
+  std::vector<LogLine> log;
+  /// The device, as PrivateRoot::Snapshot gives it.
+  Tree before;
+  Tree after;
+};
+
+/// Runs `program` (a file of the host) as /usr/sbin/<its name> with the private root as its root folder, and
+/// waits for its end. Standard input is empty. The host's library folders are there to be read, in a mount
+/// namespace of the run's own, so that the private root itself never has anything mounted in it. Whatever the
+/// program leaves running in its process group is killed.
+///
+/// Works as root, after EnterNamespaces(), and in a process with one or more threads; not from inside a root.
+/// Throws std::runtime_error when the program cannot be started at all, with the reason.
+RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
+                     const std::vector<std::string>& arguments, const RunOptions& options = {});
+
+}  // namespace lab

@@ -1,0 +1,77 @@
+#include "base/file_content.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include "base/file_descriptor.h"
+
+namespace KELP::Wifi {
+namespace {
+
+constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+constexpr std::size_t kSmallestRead = 512;
+constexpr std::size_t kLargestFirstReservation = 64UL * 1024 * 1024;
+
+std::int64_t Nanoseconds(const timespec& time) {
+  return std::int64_t{time.tv_sec} * kNanosecondsPerSecond + time.tv_nsec;
+}
+
+[[noreturn]] void ThrowUnreadable(const std::string& path, int error) {
+  throw std::system_error(error, std::generic_category(), "cannot read " + path);
+}
+
+}  // namespace
+
+FileStamp::FileStamp(const struct stat& status)
+    : device(status.st_dev),
+      inode(status.st_ino),
+      size(status.st_size),
+      modified(Nanoseconds(status.st_mtim)),
+      changed(Nanoseconds(status.st_ctim)) {}
+
+bool FileStamp::IsSettled() const {
+  timespec tick{};
+  if (::clock_gettime(CLOCK_REALTIME_COARSE, &tick) != 0) return false;
+  const std::int64_t now = Nanoseconds(tick);
+  // A device whose clock was set back since has stamps far ahead; those no change of today can repeat.
+  return changed < now || changed > now + kNanosecondsPerSecond;
+}
+
+FileContent ReadRegularFile(const std::string& path, std::size_t size_limit) {
+  const FileDescriptor file(
+      RetryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
+  if (!file.IsOpen()) ThrowUnreadable(path, errno);
+
+  struct stat status {};
+  if (::fstat(file.Get(), &status) != 0) ThrowUnreadable(path, errno);
+  if (S_ISDIR(status.st_mode)) ThrowUnreadable(path, EISDIR);
+  if (!S_ISREG(status.st_mode)) ThrowUnreadable(path, EINVAL);
+
+  FileContent content{.bytes = {}, .stamp = FileStamp(status), .settled = false};
+  content.settled = content.stamp.IsSettled();
+
+  std::string& bytes = content.bytes;
+  const auto expected = static_cast<std::size_t>(std::max<off_t>(status.st_size, 0));
+  if (expected > size_limit) ThrowUnreadable(path, EFBIG);  // before it costs any memory
+  // One byte more than expected lets the read that finds the end go without growing the buffer.
+  bytes.resize(std::clamp(expected + 1, kSmallestRead, kLargestFirstReservation));
+  std::size_t filled = 0;
+  while (true) {
+    if (filled == bytes.size()) bytes.resize(bytes.size() * 2);
+    const ssize_t got =
+        RetryInterrupted([&] { return ::read(file.Get(), &bytes[filled], bytes.size() - filled); });
+    if (got < 0) ThrowUnreadable(path, errno);
+    if (got == 0) break;
+    filled += static_cast<std::size_t>(got);
+    if (filled > size_limit) ThrowUnreadable(path, EFBIG);
+  }
+  bytes.resize(filled);
+  return content;
+}
+
+}  // namespace KELP::Wifi

@@ -1,0 +1,39 @@
+#include "base/format_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "platform/exceptions.h"
+
+namespace KELP::Wifi {
+
+std::string FormatText(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  struct End {
+    std::va_list& list;
+    ~End() { va_end(list); }
+  } end{arguments};
+  return FormatTextV(format, arguments);
+}
+
+std::string FormatTextV(const char* format, std::va_list arguments) {
+  std::va_list again;
+  va_copy(again, arguments);
+  std::array<char, 128> usual;
+  const int measured = std::vsnprintf(usual.data(), usual.size(), format, arguments);
+  const auto length = static_cast<std::size_t>(std::max(measured, 0));
+  std::string text;
+  if (length < usual.size()) {
+    text.assign(usual.data(), length);
+  } else {
+    text.resize(length);
+    std::vsnprintf(text.data(), length + 1, format, again);
+  }
+  va_end(again);
+  if (measured < 0) throw RuntimeError("Error during formatting.");
+  return text;
+}
+
+}  // namespace KELP::Wifi

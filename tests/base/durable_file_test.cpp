@@ -1,0 +1,272 @@
+#include "base/durable_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+#include <system_error>
+
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
+#include "tests/base/small_disk.h"
+#include "tests/support/without_file_privileges.h"
+
+namespace KELP::Wifi {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr const char* kFolder = "/usr/kelp/etc/wifi";
+constexpr const char* kTarget = "/usr/kelp/etc/wifi/global.json";
+constexpr const char* kTemporary = "/usr/kelp/etc/wifi/global.json.new";
+
+class ReplaceFileTest : public ::testing::Test {
+ protected:
+  ReplaceFileTest() { device_.MakeDirectory(kFolder); }
+
+  void Replace(std::string_view bytes) {
+    const lab::InRoot inside(device_);
+    ReplaceFile(kTarget, bytes);
+  }
+  /// The error number of a replacement that has to fail; its text names the path.
+  int ErrorOfReplacing(std::string_view bytes = "new") {
+    const lab::InRoot inside(device_);
+    try {
+      ReplaceFile(kTarget, bytes);
+    } catch (const std::system_error& error) {
+      EXPECT_NE(std::string(error.what()).find(kFolder), std::string::npos) << error.what();
+      EXPECT_NE(std::string(error.what()).find(error.code().message()), std::string::npos) << error.what();
+      return error.code().value();
+    }
+    return 0;
+  }
+  mode_t ModeOf(const char* path) const { return device_.Snapshot().at(path).mode & 07777U; }
+
+  lab::PrivateRoot device_;
+};
+
+TEST_F(ReplaceFileTest, MakesTheFile) {
+  Replace("bytes\0\xFF"s);
+  EXPECT_EQ(device_.Read(kTarget), "bytes\0\xFF"s);
+  EXPECT_FALSE(device_.Exists(kTemporary));
+}
+
+TEST_F(ReplaceFileTest, MakesAnEmptyFile) {
+  device_.Write(kTarget, "old");
+  Replace("");
+  EXPECT_EQ(device_.Read(kTarget), "");
+}
+
+TEST_F(ReplaceFileTest, ReplacesALongerFile) {
+  device_.Write(kTarget, std::string(100'000, 'o'));
+  Replace("new");
+  EXPECT_EQ(device_.Read(kTarget), "new");
+}
+
+TEST_F(ReplaceFileTest, WritesLargeFilesWhole) {
+  std::string bytes(5'000'000, '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 13);
+  Replace(bytes);
+  EXPECT_TRUE(device_.Read(kTarget) == bytes);
+}
+
+TEST_F(ReplaceFileTest, ModeIsForTheOwnerAloneWhateverTheUmask) {
+  for (const mode_t mask : {0U, 022U, 077U, 0777U}) {
+    const mode_t earlier = ::umask(mask);
+    {
+      const lab::InRoot inside(device_);
+      ReplaceFile(kTarget, "secret");
+    }
+    ::umask(earlier);
+    EXPECT_EQ(ModeOf(kTarget), 0600U) << std::oct << mask;
+  }
+}
+
+TEST_F(ReplaceFileTest, ModeOfTheEarlierFileIsNotTakenOver) {
+  for (const mode_t mode : {0644U, 0666U, 0777U, 0000U, 04755U}) {
+    device_.Write(kTarget, "old", mode);
+    Replace("secret");
+    EXPECT_EQ(ModeOf(kTarget), 0600U) << std::oct << mode;
+  }
+}
+
+TEST_F(ReplaceFileTest, LeavesTheUmaskAsItWas) {
+  const mode_t earlier = ::umask(027);
+  {
+    const lab::InRoot inside(device_);
+    ReplaceFile(kTarget, "secret");
+  }
+  EXPECT_EQ(::umask(earlier), 027U);
+}
+
+TEST_F(ReplaceFileTest, IsANewFileThatHoldersOfTheOldOneDoNotSee) {
+  device_.Write(kTarget, "old");
+  const lab::InRoot inside(device_);
+  std::ifstream holder(kTarget);
+  ReplaceFile(kTarget, "new");
+  std::string seen;
+  holder >> seen;
+  EXPECT_EQ(seen, "old");
+}
+
+TEST_F(ReplaceFileTest, LeftoverOfAnInterruptedRunIsNoObstacle) {
+  device_.Write(kTemporary, std::string(10'000, 'h'), 0644);
+  Replace("new");
+  EXPECT_EQ(device_.Read(kTarget), "new");
+  EXPECT_EQ(ModeOf(kTarget), 0600U);
+  EXPECT_FALSE(device_.Exists(kTemporary));
+}
+
+TEST_F(ReplaceFileTest, LeftoverThatCannotBeOpenedIsNoObstacle) {
+  device_.Write(kTemporary, "leftover", 0000);
+  const testing_support::WithoutFilePrivileges ordinary;
+  Replace("new");
+  EXPECT_EQ(device_.Read(kTarget), "new");
+}
+
+TEST_F(ReplaceFileTest, LeftoverIsUnlinkedAndNotWrittenInto) {
+  device_.Write("/etc/elsewhere", "untouched");
+  const lab::InRoot inside(device_);
+  ASSERT_EQ(::link("/etc/elsewhere", kTemporary), 0);
+  ReplaceFile(kTarget, "new");
+  std::string seen;
+  std::ifstream("/etc/elsewhere") >> seen;
+  EXPECT_EQ(seen, "untouched");
+}
+
+TEST_F(ReplaceFileTest, NoLinkAtTheTemporaryNameIsFollowed) {
+  device_.Write("/etc/elsewhere", "untouched", 0644);
+  device_.Link(kTemporary, "/etc/elsewhere");
+  Replace("new");
+  EXPECT_EQ(device_.Read("/etc/elsewhere"), "untouched");
+  EXPECT_EQ(device_.Read(kTarget), "new");
+  EXPECT_EQ(device_.Snapshot().at(kTarget).kind, lab::Entry::Kind::File);
+  EXPECT_FALSE(device_.Exists(kTemporary));
+}
+
+TEST_F(ReplaceFileTest, NoDanglingLinkAtTheTemporaryNameIsFollowed) {
+  device_.Link(kTemporary, "/etc/made_through_the_link");
+  Replace("new");
+  EXPECT_FALSE(device_.Exists("/etc/made_through_the_link"));
+  EXPECT_EQ(device_.Read(kTarget), "new");
+}
+
+TEST_F(ReplaceFileTest, FIFOAtTheTemporaryNameIsNoObstacle) {
+  device_.MakeFifo(kTemporary);
+  Replace("new");
+  EXPECT_EQ(device_.Read(kTarget), "new");
+}
+
+TEST_F(ReplaceFileTest, DirectoryAtTheTemporaryNameFailsAndTheTargetStays) {
+  device_.Write(kTarget, "old", 0644);
+  device_.Write(kTemporary + "/file"s, "kept");
+  EXPECT_NE(ErrorOfReplacing(), 0);
+  EXPECT_EQ(device_.Read(kTarget), "old");
+  EXPECT_EQ(ModeOf(kTarget), 0644U);
+  EXPECT_EQ(device_.Read(kTemporary + "/file"s), "kept");
+}
+
+TEST_F(ReplaceFileTest, LinkAtTheTargetIsReplacedAndNotFollowed) {
+  device_.Write("/etc/elsewhere", "untouched");
+  device_.Link(kTarget, "/etc/elsewhere");
+  Replace("new");
+  EXPECT_EQ(device_.Read("/etc/elsewhere"), "untouched");
+  EXPECT_EQ(device_.Snapshot().at(kTarget).kind, lab::Entry::Kind::File);
+  EXPECT_EQ(device_.Read(kTarget), "new");
+}
+
+TEST_F(ReplaceFileTest, MissingDirectoryFailsAndIsNotMade) {
+  device_.Remove(kFolder);
+  EXPECT_EQ(ErrorOfReplacing(), ENOENT);
+  EXPECT_FALSE(device_.Exists(kFolder));
+}
+
+TEST_F(ReplaceFileTest, FileInPlaceOfTheDirectoryFails) {
+  device_.Remove(kFolder);
+  device_.Write(kFolder, "file");
+  EXPECT_EQ(ErrorOfReplacing(), ENOTDIR);
+  EXPECT_EQ(device_.Read(kFolder), "file");
+}
+
+TEST_F(ReplaceFileTest, DirectoryAtTheTargetFailsAndNothingIsLeftBesideIt) {
+  device_.Write(kTarget + "/file"s, "kept");
+  EXPECT_EQ(ErrorOfReplacing(), EISDIR);
+  EXPECT_EQ(device_.Read(kTarget + "/file"s), "kept");
+  EXPECT_FALSE(device_.Exists(kTemporary));
+}
+
+TEST_F(ReplaceFileTest, EmptyDirectoryAtTheTargetFailsToo) {
+  device_.MakeDirectory(kTarget);
+  EXPECT_EQ(ErrorOfReplacing(), EISDIR);
+  EXPECT_EQ(device_.Snapshot().at(kTarget).kind, lab::Entry::Kind::Directory);
+  EXPECT_FALSE(device_.Exists(kTemporary));
+}
+
+TEST_F(ReplaceFileTest, UnwritableDirectoryFailsAndTheTargetStays) {
+  device_.Write(kTarget, "old");
+  device_.SetMode(kFolder, 0555);
+  {
+    const testing_support::WithoutFilePrivileges ordinary;
+    EXPECT_EQ(ErrorOfReplacing(), EACCES);
+  }
+  device_.SetMode(kFolder, 0755);
+  EXPECT_EQ(device_.Read(kTarget), "old");
+  EXPECT_FALSE(device_.Exists(kTemporary));
+}
+
+class ReplaceFileOnASmallDisk : private testing_support::OwnMounts, public ReplaceFileTest {};
+
+TEST_F(ReplaceFileOnASmallDisk, FullDiskFailsTheTargetStaysAndNothingIsLeftBesideIt) {
+  const testing_support::SmallDisk disk(device_.Path().string() + kFolder, "16k");
+  device_.Write(kTarget, "old", 0640);
+  EXPECT_EQ(ErrorOfReplacing(std::string(100'000, 'n')), ENOSPC);
+  EXPECT_EQ(device_.Read(kTarget), "old");
+  EXPECT_EQ(ModeOf(kTarget), 0640U);
+  EXPECT_FALSE(device_.Exists(kTemporary));
+  EXPECT_EQ(ErrorOfReplacing("fits"), 0);
+  EXPECT_EQ(device_.Read(kTarget), "fits");
+}
+
+TEST_F(ReplaceFileOnASmallDisk, FailureWithoutAnEarlierTargetLeavesNothing) {
+  const testing_support::SmallDisk disk(device_.Path().string() + kFolder, "16k");
+  EXPECT_EQ(ErrorOfReplacing(std::string(100'000, 'n')), ENOSPC);
+  EXPECT_FALSE(device_.Exists(kTarget));
+  EXPECT_FALSE(device_.Exists(kTemporary));
+}
+
+TEST_F(ReplaceFileTest, FilesInTheRootDirectoryAreReplacedToo) {
+  {
+    const lab::InRoot inside(device_);
+    ReplaceFile("/file", "bytes");
+  }
+  EXPECT_EQ(device_.Read("/file"), "bytes");
+  EXPECT_FALSE(device_.Exists("/file.new"));
+}
+
+TEST_F(ReplaceFileTest, LeavesNoDescriptorOpen) {
+  const auto lowest_free = [] {
+    const int descriptor = ::dup(0);
+    ::close(descriptor);
+    return descriptor;
+  };
+  const int before = lowest_free();
+  Replace("bytes");
+  device_.Remove(kTarget);
+  device_.MakeDirectory(kTarget);
+  ErrorOfReplacing();
+  EXPECT_EQ(lowest_free(), before);
+}
+
+TEST_F(ReplaceFileTest, FlushDirectoryTakesDirectoriesOnly) {
+  device_.Write(kTarget, "file");
+  const lab::InRoot inside(device_);
+  EXPECT_NO_THROW(FlushDirectory(kFolder));
+  EXPECT_NO_THROW(FlushDirectory("/"));
+  EXPECT_THROW(FlushDirectory(kTarget), std::system_error);
+  EXPECT_THROW(FlushDirectory("/missing"), std::system_error);
+}
+
+}  // namespace
+}  // namespace KELP::Wifi

@@ -1,0 +1,129 @@
+#include "base/log.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
+
+namespace KELP::Wifi {
+namespace {
+
+class LogTest : public ::testing::Test {
+ protected:
+  lab::PrivateRoot device_;
+};
+
+TEST_F(LogTest, LineCarriesSourceNameNumberAndText) {
+  lab::InRoot inside(device_);
+  Log(LOG_ERR, "%s:%d Invalid security mode: %s, select wpa2.", 760, "wpa2");
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_EQ(lines[0].message, "kelpwifiupdater:760 Invalid security mode: wpa2, select wpa2.");
+  EXPECT_EQ(lines[0].severity, LOG_ERR);
+}
+
+TEST_F(LogTest, PriorityIsTheCallersAndTheFacilityIsTheDefault) {
+  lab::InRoot inside(device_);
+  Log(LOG_ERR, "%s:%d error", 1);
+  Log(LOG_WARNING, "%s:%d update nothing from %d.", 120, 9225);
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[0].severity, 3);
+  EXPECT_EQ(lines[1].severity, 4);
+  EXPECT_EQ(lines[0].facility, LOG_USER);
+  EXPECT_EQ(lines[1].facility, LOG_USER);
+  EXPECT_EQ(lines[1].message, "kelpwifiupdater:120 update nothing from 9225.");
+}
+
+TEST_F(LogTest, ArgumentsAreNeverFormats) {
+  lab::InRoot inside(device_);
+  Log(LOG_ERR, "%s:%d Failed to get network context: %s", 168, "unsupported net_topology: %s%n%d%");
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_EQ(lines[0].message,
+            "kelpwifiupdater:168 Failed to get network context: unsupported net_topology: %s%n%d%");
+}
+
+TEST_F(LogTest, EmptyArgumentLeavesItsPlaceEmpty) {
+  lab::InRoot inside(device_);
+  Log(LOG_ERR, "%s:%d Invalid pmf mode: %s, select disabled.", 776, "");
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_EQ(lines[0].message, "kelpwifiupdater:776 Invalid pmf mode: , select disabled.");
+}
+
+TEST_F(LogTest, BytesAbove0x7FArriveAsTheyAre) {
+  lab::InRoot inside(device_);
+  Log(LOG_ERR, "%s:%d <%s>", 1, "caf\xE9\xFF");
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_EQ(lines[0].message, "kelpwifiupdater:1 <caf\xE9\xFF>");
+}
+
+TEST_F(LogTest, LinesOfEveryUsualLengthArriveWhole) {
+  lab::InRoot inside(device_);
+  const std::string start = "kelpwifiupdater:1 ";
+  for (const std::size_t length : {1000U, 1022U, 1023U, 1024U, 1025U, 2048U, 8192U, 65'536U, 100'000U}) {
+    const std::string word(length - start.size(), 'w');
+    Log(LOG_ERR, "%s:%d %s", 1, word.c_str());
+    const auto lines = inside.Log();
+    ASSERT_EQ(lines.size(), 1U) << length;
+    EXPECT_TRUE(lines[0].message == start + word) << length << " arrived as " << lines[0].message.size();
+  }
+}
+
+TEST_F(LogTest, LineOf200KBArrivesCut) {
+  lab::InRoot inside(device_);
+  const std::string word(200 * 1024, 'w');
+  Log(LOG_ERR, "%s:%d Invalid security mode: %s, select wpa2.", 760, word.c_str());
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  const std::string whole = "kelpwifiupdater:760 Invalid security mode: " + word + ", select wpa2.";
+  EXPECT_EQ(lines[0].message.size(), 128U * 1024U);
+  EXPECT_TRUE(whole.starts_with(lines[0].message));
+  EXPECT_EQ(lines[0].severity, LOG_ERR);
+}
+
+TEST_F(LogTest, CutStandsAt128KiBAndNotBefore) {
+  lab::InRoot inside(device_);
+  const std::string start = "kelpwifiupdater:1 ";
+  for (const std::size_t length : {131'071U, 131'072U, 131'073U}) {
+    const std::string word(length - start.size(), 'w');
+    Log(LOG_ERR, "%s:%d %s", 1, word.c_str());
+    const auto lines = inside.Log();
+    ASSERT_EQ(lines.size(), 1U) << length;
+    EXPECT_EQ(lines[0].message.size(), std::min<std::size_t>(length, 131'072U));
+  }
+}
+
+TEST_F(LogTest, ManyLinesArriveInOrder) {
+  lab::InRoot inside(device_);
+  for (int i = 0; i < 100; ++i) Log(LOG_ERR, "%s:%d line", i);
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 100U);
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(lines[static_cast<std::size_t>(i)].message, "kelpwifiupdater:" + std::to_string(i) + " line");
+  }
+}
+
+TEST_F(LogTest, WithoutADaemonTheLineIsLostAndNothingElseHappens) {
+  lab::InRoot inside(device_);
+  // What stands at the socket's place is no daemon's socket.
+  ::closelog();
+  std::rename("/dev/log", "/dev/away");
+  Log(LOG_ERR, "%s:%d lost", 1);
+  std::rename("/dev/away", "/dev/log");
+  ::closelog();
+  Log(LOG_ERR, "%s:%d found", 2);
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_EQ(lines[0].message, "kelpwifiupdater:2 found");
+}
+
+}  // namespace
+}  // namespace KELP::Wifi

@@ -1,0 +1,127 @@
+#include "lab/images/boot_environment.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <stdexcept>
+
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lab {
+namespace {
+
+const BootVariables kVariables{{"bootdelay", "2"}, {"usb3_disable", "1"}, {"bootcmd", "run a; run b=c"}};
+
+TEST(BootEnvironment, HasTheSumThenTheVariablesThenPadding) {
+  // CRC-32 of the 12 bytes behind the sum.
+  EXPECT_EQ(BootEnvironment({{"a", "1"}, {"b", "2"}}, 16), std::string("\xf5\xea\x9b\xbe"
+                                                                       "a=1\0"
+                                                                       "b=2\0"
+                                                                       "\0\xff\xff\xff",
+                                                                       16));
+}
+
+TEST(BootEnvironment, MayBePaddedWithZeros) {
+  const std::string image = BootEnvironment({{"a", "1"}}, 32, 0);
+  EXPECT_EQ(image.substr(4), std::string("a=1\0", 4) + std::string(24, '\0'));
+}
+
+TEST(BootEnvironment, EndsTwiceWhenEmpty) {
+  EXPECT_EQ(BootEnvironment({}, 8).substr(4), std::string("\0\0\xff\xff", 4));
+}
+
+TEST(BootEnvironment, StoresEmptyValues) {
+  EXPECT_EQ(BootEnvironment({{"a", ""}}, 8).substr(4), std::string("a=\0\0", 4));
+}
+
+TEST(BootEnvironment, RefusesWhatDoesNotFit) {
+  EXPECT_EQ(BootEnvironment({{"a", "1"}}, 9).size(), 9U);
+  EXPECT_THROW(BootEnvironment({{"a", "1"}}, 8), std::invalid_argument);
+  EXPECT_THROW(BootEnvironment({}, 3), std::invalid_argument);
+  EXPECT_THROW(RedundantBootEnvironment({{"a", "1"}}, 9, 1), std::invalid_argument);
+}
+
+TEST(BootEnvironment, RefusesWhatCannotBeStored) {
+  EXPECT_THROW(BootEnvironment({{"", "1"}}, 64), std::invalid_argument);
+  EXPECT_THROW(BootEnvironment({{"a=b", "1"}}, 64), std::invalid_argument);
+  EXPECT_THROW(BootEnvironment({{std::string("a\0", 2), "1"}}, 64), std::invalid_argument);
+  EXPECT_THROW(BootEnvironment({{"a", std::string("\0", 1)}}, 64), std::invalid_argument);
+}
+
+TEST(RedundantBootEnvironment, HasItsFlagBehindTheSum) {
+  const std::string single = BootEnvironment({{"a", "1"}}, 16);
+  const std::string copy = RedundantBootEnvironment({{"a", "1"}}, 17, 7);
+  EXPECT_EQ(copy, single.substr(0, 4) + '\7' + single.substr(4));
+}
+
+TEST(BootEnvironmentConfigLine, NamesPathOffsetAndSize) {
+  EXPECT_EQ(BootEnvironmentConfigLine("/dev/mtd1", 0, 0x4000), "/dev/mtd1 0x0 0x4000\n");
+  EXPECT_EQ(BootEnvironmentConfigLine("/dev/mtd1", 0x20000, 0x1000), "/dev/mtd1 0x20000 0x1000\n");
+}
+
+TEST(InstallBootEnvironment, GivesADeviceItsBootEnvironment) {
+  PrivateRoot root;
+  InstallBootEnvironment(root, {{"a", "1"}}, "/boot/uboot.env", 0x1000);
+  EXPECT_EQ(root.Read("/boot/uboot.env"), BootEnvironment({{"a", "1"}}, 0x1000));
+  EXPECT_EQ(root.Read("/etc/fw_env.config"), "/boot/uboot.env 0x0 0x1000\n");
+}
+
+/// The images as the real tool reads them.
+class PrintedEnvironment : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (testing_support::Shell("command -v fw_printenv").status != 0) GTEST_SKIP() << "no fw_printenv";
+  }
+
+  std::string Print(const std::string& arguments = "") const {
+    return testing_support::Shell("fw_printenv -c " + (folder_ / "config").native() + " " + arguments +
+                                  " | sort")
+        .output;
+  }
+
+  std::string Path(std::string_view name) const { return (folder_ / name).native(); }
+
+  lab_test::TemporaryFolder folder_;
+};
+
+constexpr const char* kPrinted = "bootcmd=run a; run b=c\nbootdelay=2\nusb3_disable=1\n";
+
+TEST_F(PrintedEnvironment, IsTheSameForOneCopy) {
+  for (const std::uint8_t padding : std::array<std::uint8_t, 2>{0x00, 0xFF}) {
+    folder_.Write("env", BootEnvironment(kVariables, 0x2000, padding));
+    folder_.Write("config", BootEnvironmentConfigLine(Path("env"), 0, 0x2000));
+    EXPECT_EQ(Print(), kPrinted);
+  }
+}
+
+TEST_F(PrintedEnvironment, IsTheSameBehindAnOffset) {
+  folder_.Write("env", std::string(0x300, 'x') + BootEnvironment(kVariables, 0x1000));
+  folder_.Write("config", BootEnvironmentConfigLine(Path("env"), 0x300, 0x1000));
+  EXPECT_EQ(Print(), kPrinted);
+}
+
+TEST_F(PrintedEnvironment, IsThatOfTheNewerOfTwoCopies) {
+  const BootVariables old{{"usb3_disable", "0"}};
+  folder_.Write("config", BootEnvironmentConfigLine(Path("one"), 0, 0x1000) +
+                              BootEnvironmentConfigLine(Path("two"), 0, 0x1000));
+  folder_.Write("one", RedundantBootEnvironment(kVariables, 0x1000, 3));
+  folder_.Write("two", RedundantBootEnvironment(old, 0x1000, 2));
+  EXPECT_EQ(Print(), kPrinted);
+  folder_.Write("two", RedundantBootEnvironment(old, 0x1000, 4));
+  EXPECT_EQ(Print(), "usb3_disable=0\n");
+}
+
+TEST_F(PrintedEnvironment, IsThatOfTheGoodCopy) {
+  std::string broken = RedundantBootEnvironment({{"usb3_disable", "0"}}, 0x1000, 9);
+  broken[5] = 'X';
+  folder_.Write("config", BootEnvironmentConfigLine(Path("one"), 0, 0x1000) +
+                              BootEnvironmentConfigLine(Path("two"), 0, 0x1000));
+  folder_.Write("one", RedundantBootEnvironment(kVariables, 0x1000, 1));
+  folder_.Write("two", broken);
+  EXPECT_EQ(Print(), kPrinted);
+}
+
+}  // namespace
+}  // namespace lab

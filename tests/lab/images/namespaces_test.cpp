@@ -1,0 +1,123 @@
+#include "lab/images/namespaces.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <fstream>
+#include <functional>
+#include <sstream>
+
+#include "lab/images/descriptor.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lab {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+using testing_support::AsOrdinaryUser;
+using testing_support::InChild;
+
+class OrdinaryUser : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (!testing_support::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
+    const std::string reason = AsOrdinaryUser([] { return WhyNotPossible().value_or(""); });
+    if (!reason.empty()) GTEST_SKIP() << reason;
+  }
+};
+
+TEST(Namespaces, ArePossibleWhereTheseTestsRun) {
+  EXPECT_EQ(WhyNotPossible(), std::nullopt);
+  EXPECT_TRUE(MayMount());
+}
+
+TEST(Namespaces, EnteringTwiceIsHarmless) {
+  EXPECT_NO_THROW(EnterNamespaces());
+}
+
+TEST(Namespaces, KeepMountsToThemselves) {
+  const std::string mounts = lab_test::ReadFile("/proc/self/mounts");
+  const std::string answer = InChild([] {
+    EnterMountNamespace();
+    Checked(::mount("none", "/tmp", "tmpfs", 0, nullptr), "mount", "/tmp");
+    return std::string("mounted");
+  });
+  EXPECT_EQ(answer, "mounted");
+  EXPECT_EQ(lab_test::ReadFile("/proc/self/mounts"), mounts);
+}
+
+TEST_F(OrdinaryUser, MayNotMountBeforeAndMayAfter) {
+  const std::string answer = AsOrdinaryUser([] {
+    std::ostringstream out;
+    out << MayMount();
+    EnterNamespaces();
+    out << MayMount() << ::geteuid() << ::getegid();
+    return out.str();
+  });
+  EXPECT_EQ(answer, "0100");
+}
+
+TEST_F(OrdinaryUser, EntersPrivateRoots) {
+  const std::string answer = AsOrdinaryUser([] {
+    EnterNamespaces();
+    PrivateRoot root;
+    root.Write("/etc/name", "device");
+    const InRoot inside(root);
+    return lab_test::ReadFile("/etc/name");
+  });
+  EXPECT_EQ(answer, "device");
+}
+
+/// What `operation` gives in a process without privileges, on a host that allows it no user namespace.
+std::string WhereNamespacesAreForbidden(const std::string& user,
+                                        const std::function<std::string()>& operation) {
+  return InChild([&] {
+    const std::string outer_user = std::to_string(::geteuid());
+    Checked(::unshare(CLONE_NEWUSER), "enter", "a user namespace");
+    std::ofstream("/proc/self/uid_map") << user + " " + outer_user + " 1";
+    std::ofstream("/proc/sys/user/max_user_namespaces") << "0\n";
+    __user_cap_header_struct header{.version = _LINUX_CAPABILITY_VERSION_3, .pid = 0};
+    const std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> none{};
+    Checked(::syscall(SYS_capset, &header, none.data()), "drop", "the capabilities");
+    return operation();
+  });
+}
+
+TEST(ForbiddenNamespaces, TellAnOrdinaryUserWhatToDo) {
+  const std::string answer =
+      WhereNamespacesAreForbidden("1000", [] { return WhyNotPossible().value_or("possible"); });
+  EXPECT_THAT(
+      answer,
+      HasSubstr("may not make a private root and run programs in it (enter a user namespace: No space "
+                "left on device)"));
+  EXPECT_THAT(answer, HasSubstr("Run it as root, or allow user namespaces to ordinary users:\n"));
+  EXPECT_THAT(answer, HasSubstr("  sysctl -w user.max_user_namespaces=15000    (any Linux; it is 0 here)\n"));
+}
+
+TEST(ForbiddenNamespaces, TellAContainersRootWhatToDo) {
+  const std::string answer =
+      WhereNamespacesAreForbidden("0", [] { return WhyNotPossible().value_or("possible"); });
+  EXPECT_THAT(answer, HasSubstr("capability SYS_ADMIN"));
+  EXPECT_THAT(answer, Not(HasSubstr("Run it as root")));
+}
+
+TEST(ForbiddenNamespaces, MakeEnteringThrowTheSame) {
+  const std::string answer = WhereNamespacesAreForbidden("1000", [] {
+    EnterNamespaces();
+    return std::string("entered");
+  });
+  EXPECT_THAT(answer, HasSubstr("Run it as root, or allow user namespaces"));
+}
+
+}  // namespace
+}  // namespace lab

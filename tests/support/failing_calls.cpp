@@ -1,0 +1,182 @@
+#include "tests/support/failing_calls.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <ctime>
+#include <thread>
+
+struct uboot_ctx;
+
+namespace testing_support {
+namespace {
+
+FailingCalls* current = nullptr;
+std::thread::id current_thread;
+
+}  // namespace
+
+FailingCalls::FailingCalls() {
+  current = this;
+  current_thread = std::this_thread::get_id();
+}
+
+FailingCalls::~FailingCalls() {
+  current = nullptr;
+}
+
+FailingCalls* FailingCalls::Current() {
+  // Other threads, such as the one that collects the log, go on undisturbed.
+  return current_thread == std::this_thread::get_id() ? current : nullptr;
+}
+
+void FailingCalls::Fail(const std::string& name, int error, int nth, int times) {
+  failures_[name] = {.error = error, .calls_before = nth - 1, .times = times};
+}
+
+void FailingCalls::WriteAtMost(std::size_t size) {
+  largest_write_ = size;
+}
+
+std::vector<std::string> FailingCalls::Made(const std::vector<std::string>& names) const {
+  std::vector<std::string> made;
+  std::copy_if(made_.begin(), made_.end(), std::back_inserter(made), [&](const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+  });
+  return made;
+}
+
+bool FailingCalls::MustFail(const char* name) {
+  if (busy_) return false;
+  busy_ = true;
+  made_.emplace_back(name);
+  const auto found = failures_.find(name);
+  bool fails = false;
+  int error = 0;
+  if (found != failures_.end()) {
+    Failure& failure = found->second;
+    if (failure.calls_before > 0) {
+      --failure.calls_before;
+    } else if (failure.times > 0) {
+      --failure.times;
+      fails = true;
+      error = failure.error;
+    }
+  }
+  busy_ = false;
+  if (fails) errno = error;
+  return fails;
+}
+
+}  // namespace testing_support
+
+namespace {
+
+bool Fails(const char* name) {
+  testing_support::FailingCalls* const calls = testing_support::FailingCalls::Current();
+  return calls != nullptr && calls->MustFail(name);
+}
+
+}  // namespace
+
+// The linker turns a call of `name` into one of `__wrap_name`, and `__real_name` is the call itself.
+#pragma GCC diagnostic ignored "-Wpragmas"
+#pragma GCC diagnostic ignored "-Wreserved-identifier"
+extern "C" {
+
+int __real_vsnprintf(char* text, std::size_t size, const char* format, std::va_list arguments);
+int __wrap_vsnprintf(char* text, std::size_t size, const char* format, std::va_list arguments) {
+  return Fails("vsnprintf") ? -1 : __real_vsnprintf(text, size, format, arguments);
+}
+
+int __real___vsnprintf_chk(char* text, std::size_t size, int flag, std::size_t room, const char* format,
+                           std::va_list arguments);
+int __wrap___vsnprintf_chk(char* text, std::size_t size, int flag, std::size_t room, const char* format,
+                           std::va_list arguments) {
+  return Fails("vsnprintf") ? -1 : __real___vsnprintf_chk(text, size, flag, room, format, arguments);
+}
+
+ssize_t __real_read(int file, void* bytes, std::size_t size);
+ssize_t __wrap_read(int file, void* bytes, std::size_t size) {
+  return Fails("read") ? -1 : __real_read(file, bytes, size);
+}
+
+ssize_t __real___read_chk(int file, void* bytes, std::size_t size, std::size_t room);
+ssize_t __wrap___read_chk(int file, void* bytes, std::size_t size, std::size_t room) {
+  return Fails("read") ? -1 : __real___read_chk(file, bytes, size, room);
+}
+
+int __real_fstat(int file, struct stat* status);
+int __wrap_fstat(int file, struct stat* status) {
+  return Fails("fstat") ? -1 : __real_fstat(file, status);
+}
+
+ssize_t __real_write(int file, const void* bytes, std::size_t size);
+ssize_t __wrap_write(int file, const void* bytes, std::size_t size) {
+  if (Fails("write")) return -1;
+  const testing_support::FailingCalls* const calls = testing_support::FailingCalls::Current();
+  return __real_write(file, bytes, calls == nullptr ? size : std::min(size, calls->LargestWrite()));
+}
+
+int __real_fsync(int file);
+int __wrap_fsync(int file) {
+  struct stat status {};
+  const bool is_folder = ::__real_fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+  return Fails(is_folder ? "fsync folder" : "fsync") ? -1 : __real_fsync(file);
+}
+
+int __real_fchmod(int file, mode_t mode);
+int __wrap_fchmod(int file, mode_t mode) {
+  return Fails("fchmod") ? -1 : __real_fchmod(file, mode);
+}
+
+int __real_openat(int folder, const char* path, int flags, ...);
+int __wrap_openat(int folder, const char* path, int flags, ...) {
+  std::va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  return Fails("openat") ? -1 : __real_openat(folder, path, flags, mode);
+}
+
+int __real_unlinkat(int folder, const char* path, int flags);
+int __wrap_unlinkat(int folder, const char* path, int flags) {
+  return Fails("unlinkat") ? -1 : __real_unlinkat(folder, path, flags);
+}
+
+int __real_renameat(int old_folder, const char* old_path, int new_folder, const char* new_path);
+int __wrap_renameat(int old_folder, const char* old_path, int new_folder, const char* new_path) {
+  return Fails("renameat") ? -1 : __real_renameat(old_folder, old_path, new_folder, new_path);
+}
+
+int __real_close(int file);
+int __wrap_close(int file) {
+  if (!Fails("close")) return __real_close(file);
+  // The kernel lets go of the descriptor even when it reports an error.
+  const int error = errno;
+  __real_close(file);
+  errno = error;
+  return -1;
+}
+
+int __real_clock_gettime(clockid_t clock, timespec* time);
+int __wrap_clock_gettime(clockid_t clock, timespec* time) {
+  return Fails("clock_gettime") ? -1 : __real_clock_gettime(clock, time);
+}
+
+int __real_sodium_init();
+int __wrap_sodium_init() {
+  return Fails("sodium_init") ? -1 : __real_sodium_init();
+}
+
+int __real_libuboot_initialize(uboot_ctx** context, void* devices);
+int __wrap_libuboot_initialize(uboot_ctx** context, void* devices) {
+  return Fails("libuboot_initialize") ? -1 : __real_libuboot_initialize(context, devices);
+}
+
+}  // extern "C"
