@@ -16,6 +16,8 @@ if(NOT MAGIC_ENUM_INCLUDE_DIR)
 endif()
 add_library(kelp_magic_enum INTERFACE)
 target_include_directories(kelp_magic_enum SYSTEM INTERFACE ${MAGIC_ENUM_INCLUDE_DIR})
+# The library knows the names of a range of values only, which by default ends below the last countries.
+target_compile_definitions(kelp_magic_enum INTERFACE MAGIC_ENUM_RANGE_MIN=-128 MAGIC_ENUM_RANGE_MAX=255)
 
 if(KELP_HOST_TOOLS)
   find_package(GTest REQUIRED)

@@ -2,23 +2,22 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
-
-#include "platform/exceptions.h"
 
 namespace KELP::Wifi {
 
-std::string FormatText(const char* format, ...) {
+std::optional<std::string> TryFormatText(const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
   struct End {
     std::va_list& list;
     ~End() { va_end(list); }
   } end{arguments};
-  return FormatTextV(format, arguments);
+  return TryFormatTextV(format, arguments);
 }
 
-std::string FormatTextV(const char* format, std::va_list arguments) {
+std::optional<std::string> TryFormatTextV(const char* format, std::va_list arguments) {
   std::va_list again;
   va_copy(again, arguments);
   std::array<char, 128> usual;
@@ -32,7 +31,7 @@ std::string FormatTextV(const char* format, std::va_list arguments) {
     std::vsnprintf(text.data(), length + 1, format, again);
   }
   va_end(again);
-  if (measured < 0) throw RuntimeError("Error during formatting.");
+  if (measured < 0) return std::nullopt;
   return text;
 }
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <exception>
 
-#include "base/format_text.h"
 #include "base/log.h"
+#include "legacy/format_text.h"
 #include "legacy/legacy_value.h"
 #include "legacy/vocabularies.h"
 

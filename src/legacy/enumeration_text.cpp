@@ -8,6 +8,9 @@
 namespace KELP::Wifi::Updater {
 namespace {
 
+static_assert(NameOf(CountryCode::AD) == "AD" && NameOf(CountryCode::MaxCountryCode) == "MaxCountryCode",
+              "a country's value lies beyond those whose names are known");
+
 template <typename Enumeration>
 Enumeration ToEnumerator(const std::string& text) {
   const auto value = EnumeratorNamed<Enumeration>(text);

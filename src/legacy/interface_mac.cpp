@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "base/file_content.h"
-#include "base/format_text.h"
+#include "legacy/format_text.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "base/durable_file.h"
-#include "base/format_text.h"
+#include "legacy/format_text.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

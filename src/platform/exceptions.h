@@ -3,8 +3,6 @@
 #include <string>
 #include <system_error>
 
-#include "base/format_text.h"
-
 namespace kelp::dbus {
 
 /// Root of the platform's own exceptions.
@@ -40,10 +38,14 @@ class RuntimeError : public WifiException {
   /// `message` is taken as it stands and never formatted.
   explicit RuntimeError(const std::string& message);
 
-  /// The message is what printf makes of `format` and at least one argument.
+  /// The message is what printf makes of `format` and at least one argument; "Error during formatting." where
+  /// the C library cannot.
   template <typename First, typename... Rest>
   RuntimeError(const char* format, First first, Rest... rest)
-      : RuntimeError(FormatText(format, first, rest...)) {}
+      : RuntimeError(Formatted(format, first, rest...)) {}
+
+ private:
+  [[gnu::format(printf, 1, 2)]] static std::string Formatted(const char* format, ...);
 };
 
 }  // namespace KELP::Wifi

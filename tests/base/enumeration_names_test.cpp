@@ -2,55 +2,41 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/records/supported_model.h"
-#include "tests/platform/country_names.h"
+#include <cstdint>
 
 namespace KELP::Wifi {
 namespace {
 
-using Util::SupportedModel;
+enum class Tide : std::int32_t {
+  Lowest = -128,
+  Ebb = -1,
+  Slack = 0,
+  Flood = 127,
+  Spring = 128,
+  Highest = 255
+};
 
-TEST(EnumerationNames, All198CountryNamesGoBothWays) {
-  ASSERT_EQ(kCountryNames.size(), 198U);
-  for (std::size_t value = 0; value < kCountryNames.size(); ++value) {
-    const auto country = static_cast<CountryCode>(value);
-    EXPECT_EQ(NameOf(country), kCountryNames[value]) << value;
-    EXPECT_EQ(EnumeratorNamed<CountryCode>(kCountryNames[value]), country) << kCountryNames[value];
+TEST(EnumerationNames, GoBothWaysFromMinus128To255) {
+  const std::pair<std::string_view, Tide> tides[] = {{"Lowest", Tide::Lowest}, {"Ebb", Tide::Ebb},
+                                                     {"Slack", Tide::Slack},   {"Flood", Tide::Flood},
+                                                     {"Spring", Tide::Spring}, {"Highest", Tide::Highest}};
+  for (const auto& [name, tide] : tides) {
+    EXPECT_EQ(NameOf(tide), name);
+    EXPECT_EQ(EnumeratorNamed<Tide>(name), tide);
   }
 }
 
-TEST(EnumerationNames, ReachBeyondValue127) {
-  EXPECT_EQ(NameOf(static_cast<CountryCode>(127)), "NC");
-  EXPECT_EQ(NameOf(static_cast<CountryCode>(128)), "NF");
-  EXPECT_EQ(NameOf(static_cast<CountryCode>(181)), "US");
-  EXPECT_EQ(NameOf(static_cast<CountryCode>(196)), "ZW");
-  EXPECT_EQ(NameOf(static_cast<CountryCode>(197)), "MaxCountryCode");
-}
-
-TEST(EnumerationNames, ValueBehindTheLastHasNoName) {
-  EXPECT_EQ(NameOf(static_cast<CountryCode>(198)), "");
-  EXPECT_EQ(NameOf(static_cast<CountryCode>(65535)), "");
+TEST(EnumerationNames, ValueWithoutAnEnumeratorHasNone) {
+  for (const int value : {-1000, -129, -2, 1, 254, 256, 1000}) {
+    EXPECT_EQ(NameOf(static_cast<Tide>(value)), "") << value;
+  }
 }
 
 TEST(EnumerationNames, AreComparedWholeAndByCase) {
-  for (const auto* name : {"us", "Us", "U", "USA", " US", "US ", "", "181", "maxcountrycode", "MaxCountryCod",
-                           "UK", "CountryCode::US"}) {
-    EXPECT_EQ(EnumeratorNamed<CountryCode>(name), std::nullopt) << name;
+  for (const auto* name : {"ebb", "EBB", "Eb", "Ebbs", " Ebb", "Ebb ", "", "-1", "Tide::Ebb"}) {
+    EXPECT_EQ(EnumeratorNamed<Tide>(name), std::nullopt) << name;
   }
-  EXPECT_EQ(EnumeratorNamed<CountryCode>(std::string_view("US\0", 3)), std::nullopt);
-}
-
-TEST(EnumerationNames, OfTheModels) {
-  const std::pair<std::string_view, int> models[] = {
-      {"Error", -1}, {"ORCHID", 0}, {"LOTUS", 1}, {"MAPLE", 2}, {"CEDAR", 3}};
-  for (const auto& [name, value] : models) {
-    EXPECT_EQ(NameOf(static_cast<SupportedModel>(value)), name);
-    EXPECT_EQ(EnumeratorNamed<SupportedModel>(name), static_cast<SupportedModel>(value));
-  }
-  EXPECT_EQ(NameOf(static_cast<SupportedModel>(4)), "");
-  EXPECT_EQ(NameOf(static_cast<SupportedModel>(-2)), "");
-  EXPECT_EQ(EnumeratorNamed<SupportedModel>("orchid"), std::nullopt);
-  EXPECT_EQ(EnumeratorNamed<SupportedModel>("ERROR"), std::nullopt);
+  EXPECT_EQ(EnumeratorNamed<Tide>(std::string_view("Ebb\0", 4)), std::nullopt);
 }
 
 }  // namespace

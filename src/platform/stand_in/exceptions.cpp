@@ -1,5 +1,9 @@
 #include "platform/exceptions.h"
 
+#include <cstdarg>
+
+#include "base/format_text.h"
+
 namespace KELP::Wifi {
 
 const char* ErrorCategory::name() const noexcept {
@@ -17,5 +21,15 @@ const ErrorCategory& ErrorCategory::Instance() noexcept {
 
 RuntimeError::RuntimeError(const std::string& message)
     : WifiException(ErrorCategory::kRuntimeError, ErrorCategory::Instance(), message) {}
+
+std::string RuntimeError::Formatted(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  struct End {
+    std::va_list& list;
+    ~End() { va_end(list); }
+  } end{arguments};
+  return TryFormatTextV(format, arguments).value_or("Error during formatting.");
+}
 
 }  // namespace KELP::Wifi

@@ -7,7 +7,6 @@
 #include "base/file_content.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
-#include "platform/sdk_utils.h"
 #include "tests/support/failing_calls.h"
 
 namespace KELP::Wifi {
@@ -62,16 +61,6 @@ TEST_F(FileContentFailures, WithoutAClockNothingIsTakenForSettled) {
   FailingCalls calls;
   calls.Fail("clock_gettime", EINVAL);
   EXPECT_FALSE(ReadRegularFile(kFile).settled);
-}
-
-TEST_F(FileContentFailures, FailedReadIsNotRemembered) {
-  const lab::InRoot inside(device_);
-  {
-    FailingCalls calls;
-    calls.Fail("read", EIO);
-    EXPECT_THROW(Util::SDKUtils::FileGetKeyValue(kFile, "key"), std::system_error);
-  }
-  EXPECT_EQ(Util::SDKUtils::FileGetKeyValue(kFile, "key"), "value");
 }
 
 }  // namespace
