@@ -1,0 +1,49 @@
+#include "lab/findings/findings.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include "lab/findings/rules.h"
+
+namespace lab {
+
+std::string_view SeverityName(Severity severity) {
+  switch (severity) {
+    case Severity::Breaks:
+      return "breaks";
+    case Severity::Weakens:
+      return "weakens";
+    case Severity::Changes:
+      break;
+  }
+  return "changes";
+}
+
+const FindingKind* FindFindingKind(std::string_view id) {
+  const auto& kinds = FindingKinds();
+  const auto found = std::ranges::find(kinds, id, &FindingKind::id);
+  return found == kinds.end() ? nullptr : &*found;
+}
+
+void Findings::Add(std::string_view id, std::string detail) {
+  const FindingKind* const kind = FindFindingKind(id);
+  if (kind == nullptr) throw std::logic_error("no kind of finding is called " + std::string(id));
+  findings_.push_back({kind, std::move(detail)});
+}
+
+std::vector<Finding> Findings::Take() {
+  // The kinds stand in one table, so their addresses have its order.
+  std::ranges::stable_sort(findings_, {}, &Finding::kind);
+  return std::move(findings_);
+}
+
+std::vector<Finding> FindIn(const RunResult& run) {
+  const Rehearsal rehearsal(run);
+  Findings findings;
+  FindAboutRun(rehearsal, findings);
+  FindAboutDevice(rehearsal, findings);
+  return findings.Take();
+}
+
+}  // namespace lab

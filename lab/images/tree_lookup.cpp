@@ -1,0 +1,37 @@
+#include "lab/images/tree_lookup.h"
+
+#include <filesystem>
+
+namespace lab {
+namespace {
+
+constexpr int kMostLinks = 40;  // as the kernel has it
+
+}  // namespace
+
+const Entry* FindFile(const Tree& tree, const std::string& path) {
+  namespace fs = std::filesystem;
+  fs::path rest = fs::path(path).lexically_normal();
+  int links = 0;
+  bool followed = true;
+  while (followed) {
+    followed = false;
+    fs::path walked = "/";
+    for (auto part = ++rest.begin(); part != rest.end(); ++part) {
+      walked /= *part;
+      const auto entry = tree.find(walked.native());
+      if (entry == tree.end()) return nullptr;
+      if (entry->second.kind != Entry::Kind::Link) continue;
+      if (++links > kMostLinks) return nullptr;
+      fs::path target = walked.parent_path() / entry->second.content;
+      while (++part != rest.end()) target /= *part;
+      rest = target.lexically_normal();
+      followed = true;
+      break;
+    }
+  }
+  const auto entry = tree.find(rest.native());
+  return entry != tree.end() && entry->second.kind == Entry::Kind::File ? &entry->second : nullptr;
+}
+
+}  // namespace lab
