@@ -63,16 +63,21 @@ void RequireProgram(const fs::path& program) {
                            ": build it, or name another with --program");
 }
 
+/// On a copy of the image, which is gone when the run is over.
+lab::RunResult RunOnCopy(const fs::path& image, const fs::path& program, const std::string& build) {
+  lab::PrivateRoot device(image);
+  return lab::RunProgram(device, program, {"--update-config", build});
+}
+
 int Run(const Request& request) {
   RequireImage(request.image);
   const fs::path program = request.program.empty() ? ProgramBeside() : request.program;
   RequireProgram(program);
   lab::EnterNamespaces();
   if (const auto reason = lab::WhyNotPossible()) throw std::runtime_error(*reason);
+  lab::KeepTemporaryFilesToThisProcess();
 
-  lab::PrivateRoot device(request.image);
-  const std::vector<std::string> arguments{"--update-config", request.build};
-  const lab::RunResult result = lab::RunProgram(device, program, arguments);
+  const lab::RunResult result = RunOnCopy(request.image, program, request.build);
   lab::PrintReport(std::cout, program.filename().native() + " --update-config " + request.build, result);
   if (result.timed_out) return kTimedOutStatus;
   return result.signal != 0 ? kSignalStatus + result.signal : result.status;
@@ -122,10 +127,24 @@ int MakeBootEnvironment(const Request& request) {
   return 0;
 }
 
+/// The first argument has to be a command, or an option that needs none.
+void RequireCommand(const CLI::App& app, int argument_count, char* arguments[]) {
+  const std::string first = argument_count > 1 ? arguments[1] : "";
+  if (first.starts_with('-')) return;
+  std::string names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (command->check_name(first)) return;
+    names += (names.empty() ? "" : ", ") + command->get_name();
+  }
+  throw std::runtime_error((first.empty() ? "name a command: " : "there is no command " + first + ": ") +
+                           names + "; --help tells more");
+}
+
 int RunCommand(int argument_count, char* arguments[]) {
   Request request;
   CLI::App app("Runs " + std::string(kProgramName) + " on device images, and makes them.");
   app.require_subcommand(1);
+  app.set_version_flag("--version", "devicelab " KELP_VERSION);
 
   CLI::App* run =
       app.add_subcommand("run", "Run the program on a copy of a device image and tell what it did");
@@ -149,6 +168,7 @@ int RunCommand(int argument_count, char* arguments[]) {
   boot->add_option("OUT", request.output, "The file to write")->required();
   boot->add_option("VARIABLE", request.variables, "name=value, as many as there are");
 
+  RequireCommand(app, argument_count, arguments);
   CLI11_PARSE(app, argument_count, arguments);
   if (run->parsed()) return Run(request);
   if (show->parsed()) return Show(request);
@@ -160,7 +180,9 @@ int RunCommand(int argument_count, char* arguments[]) {
 
 int main(int argument_count, char* arguments[]) {
   try {
-    return RunCommand(argument_count, arguments);
+    const int status = RunCommand(argument_count, arguments);
+    if (!std::cout.flush()) throw std::runtime_error("cannot print all that there is to say");
+    return status;
   } catch (const std::exception& error) {
     std::cerr << "devicelab: " << error.what() << '\n';
     return 1;

@@ -10,7 +10,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -19,6 +22,9 @@
 
 namespace lab {
 namespace {
+
+/// A folder that every Linux has and that nothing in the lab, on a device or in the program looks into.
+constexpr const char* kOwnTemporaryFolder = "/sys";
 
 void WriteKernelFile(const std::string& path, const std::string& text) {
   const Descriptor file(Checked(::open(path.c_str(), O_WRONLY | O_CLOEXEC), "open", path));
@@ -53,26 +59,70 @@ std::string FailureOfTrial() {
   return failure;
 }
 
-/// A line that tells how to change a kernel setting, or nothing where the kernel does not have it.
-std::string SettingAdvice(const std::string& name, const std::string& wanted, const std::string& where) {
-  std::string entry = name;
-  std::ranges::replace(entry, '.', '/');
-  std::string value;
-  if (!(std::ifstream("/proc/sys/" + entry) >> value)) return "";
-  return "  sysctl -w " + name + "=" + wanted + "    (" + where + "; it is " + value + " here)\n";
+/// A kernel setting that decides about user namespaces.
+struct Setting {
+  const char* name;
+  const char* wanted;
+  const char* where;
+  /// The values with which it forbids them, as far as it does.
+  long forbidding_from;
+  long forbidding_to;
+};
+
+constexpr std::array kSettings{
+    Setting{"user.max_user_namespaces", "15000", "any Linux", 0, 99},
+    Setting{"kernel.unprivileged_userns_clone", "1", "Debian", 0, 0},
+    Setting{"kernel.apparmor_restrict_unprivileged_userns", "0", "Ubuntu 23.10 and newer", 1, 1},
+};
+
+/// A line each for the settings of this kernel that forbid user namespaces.
+std::string SettingsAdvice() {
+  std::string text;
+  for (const Setting& setting : kSettings) {
+    std::string entry = setting.name;
+    std::ranges::replace(entry, '.', '/');
+    long value = 0;
+    if (!(std::ifstream("/proc/sys/" + entry) >> value)) continue;
+    if (value < setting.forbidding_from || value > setting.forbidding_to) continue;
+    text += std::string("  sysctl -w ") + setting.name + "=" + setting.wanted + "    (" + setting.where +
+            "; it is " + std::to_string(value) + " here)\n";
+  }
+  return text;
 }
 
 std::string Explain(const std::string& failure) {
-  std::string text = "This process may not make a private root and run programs in it (" + failure + ").\n";
-  text += ::geteuid() == 0
-              ? "It is root, but of a container or sandbox that withholds the capability SYS_ADMIN.\n"
-                "Start that with the capability (docker, podman: --cap-add SYS_ADMIN), or, outside of it,\n"
-              : "Run it as root, or ";
-  text += "allow user namespaces to ordinary users:\n";
-  text += SettingAdvice("user.max_user_namespaces", "15000", "any Linux");
-  text += SettingAdvice("kernel.unprivileged_userns_clone", "1", "Debian");
-  text += SettingAdvice("kernel.apparmor_restrict_unprivileged_userns", "0", "Ubuntu 23.10 and newer");
-  return text;
+  const std::string text =
+      "This process may not make a private root and run programs in it (" + failure + ").\n";
+  if (!std::filesystem::exists("/proc/self")) return text + "There is no /proc here: mount it first.\n";
+  const bool is_root = ::geteuid() == 0;
+  const std::string advice = SettingsAdvice();
+  const std::string remedy =
+      is_root ? "It is root, but of a container or sandbox that withholds the capability SYS_ADMIN.\n"
+                "Start that with the capability (docker, podman: --cap-add SYS_ADMIN)"
+              : "Run it as root";
+  if (!advice.empty()) {
+    return text + remedy + (is_root ? ", or, outside of it,\n" : ", or ") +
+           "allow user namespaces to ordinary users:\n" + advice;
+  }
+  return text + remedy + (is_root ? ".\n" : ": in a chroot, container or sandbox others may not.\n");
+}
+
+/// In a plain chroot the root folder is no mount point: nothing says that mounts below it are not to spread,
+/// and the mount that it lies in cannot be named. So a copy of all that can be seen becomes the root, in a
+/// place of which one can say it. The current folder is kept.
+void MakeRootAMountPoint() {
+  const std::filesystem::path folder = std::filesystem::current_path();
+  const unsigned flags = OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_RECURSIVE;
+  const Descriptor copy(Checked(::open_tree(AT_FDCWD, "/", flags), "copy the mounts below", "/"));
+  mount_attr attributes{};
+  attributes.propagation = MS_PRIVATE;
+  Checked(::mount_setattr(copy.Get(), "", AT_EMPTY_PATH | AT_RECURSIVE, &attributes, sizeof attributes),
+          "make private the mounts below", "/");
+  Checked(::mount("none", "/proc", nullptr, MS_PRIVATE, nullptr), "make private", "/proc");
+  Checked(::move_mount(copy.Get(), "", AT_FDCWD, "/proc", MOVE_MOUNT_F_EMPTY_PATH), "mount at", "/proc");
+  Checked(::fchdir(copy.Get()), "enter", "/");
+  Checked(::chroot("."), "chroot to", "/");
+  Checked(::chdir(folder.c_str()), "enter", folder.native());
 }
 
 }  // namespace
@@ -108,7 +158,16 @@ void EnterUserNamespace() {
 
 void EnterMountNamespace() {
   Checked(::unshare(CLONE_NEWNS), "enter", "a mount namespace");
-  Checked(::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr), "make private the mounts below", "/");
+  if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0) return;
+  if (errno != EINVAL) ThrowErrno("make private the mounts below", "/");
+  MakeRootAMountPoint();
+}
+
+void KeepTemporaryFilesToThisProcess() {
+  EnterMountNamespace();
+  Checked(::mount("devicelab", kOwnTemporaryFolder, "tmpfs", MS_NOSUID | MS_NODEV, "mode=0700"),
+          "make a file system in memory at", kOwnTemporaryFolder);
+  Checked(::setenv("TMPDIR", kOwnTemporaryFolder, 1), "set", "TMPDIR");
 }
 
 }  // namespace lab

@@ -22,8 +22,14 @@ bool MayMount();
 /// Throws std::system_error.
 void EnterUserNamespace();
 
-/// Moves the calling process into a mount namespace of its own, from which no mount spreads. Throws
-/// std::system_error.
+/// Moves the calling process into a mount namespace of its own, from which no mount spreads. The current
+/// folder stays what it is; open folders are those of the former namespace. Throws std::system_error.
 void EnterMountNamespace();
+
+/// Gives this process and those that it starts from here on a folder for temporary files that nobody else
+/// sees and that goes away with the last of them, whatever ends it: a file system in memory, mounted over
+/// /sys in a mount namespace of their own and named by TMPDIR. Called behind EnterNamespaces() and before any
+/// thread exists. Throws std::system_error.
+void KeepTemporaryFilesToThisProcess();
 
 }  // namespace lab

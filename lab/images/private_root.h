@@ -12,7 +12,8 @@
 namespace lab {
 
 /// A temporary folder laid out like a device, to be the root folder of the program under test. It lies below
-/// $TMPDIR, or /tmp where that is unset, and goes away with the object.
+/// $TMPDIR, or /tmp where that is unset, and goes away with the object. A signal that ends the process leaves
+/// it behind, unless KeepTemporaryFilesToThisProcess() was called before.
 ///
 /// Paths are the device's own, absolute. Links on the way are followed as on the device: an absolute target
 /// leads to the private root, and nothing leads out of it. All operations also work while the process is

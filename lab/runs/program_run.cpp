@@ -150,10 +150,11 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
     Output err;
     StartReport report;
 
+    const pid_t starter = ::getpid();
     Child child(Checked(::fork(), "fork", ""));
     if (child.Pid() == 0) {
       BecomeProgram({root, options, mounts, command, empty.Get(), out.WritingEnd(), err.WritingEnd(),
-                     report.starting.Get()});
+                     report.starting.Get(), starter});
     }
     const Descriptor process(
         static_cast<int>(Checked(::syscall(SYS_pidfd_open, child.Pid(), 0), "watch", "the program")));

@@ -103,7 +103,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 [[noreturn]] void Start(const ProgramStart& start) {
   Checked(::setpgid(0, 0), "make", "a process group");
   EnterRoot(start);
-  Checked(::prctl(PR_SET_PDEATHSIG, SIGKILL), "tie", "the program to this process");
+  Checked(::prctl(PR_SET_PDEATHSIG, SIGKILL), "tie", "the program to the one that runs it");
+  if (::getppid() != start.starter) ::_exit(127);  // which ended before the program was tied to it
 
   std::vector<std::string> command = start.command;
   std::vector<std::string> environment = start.options.environment;

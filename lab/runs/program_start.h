@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -31,6 +33,8 @@ struct ProgramStart {
   int standard_output;
   int standard_error;
   int report;
+  /// The process that waits for the program, and without which it is not to run.
+  pid_t starter;
 };
 
 /// Turns this process, made with fork(2) for it, into the program inside its root. Reports the own file

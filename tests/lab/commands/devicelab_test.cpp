@@ -1,10 +1,22 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <thread>
 
 #include "lab/images/boot_environment.h"
+#include "lab/images/descriptor.h"
+#include "lab/images/file_copy.h"
 #include "lab/images/namespaces.h"
 #include "lab/images/tree.h"
 #include "tests/support/child_process.h"
@@ -113,6 +125,137 @@ TEST_F(DeviceLab, TellsWhatIsMissing) {
   EXPECT_EQ(Lab("run /no/image --from 1").status, 1);
   EXPECT_THAT(Lab("run " + image_.Path().native()).output, HasSubstr("--from is required"));
   EXPECT_NE(Lab("").status, 0);
+}
+
+TEST_F(DeviceLab, TellsItsCommandsToWhoNamesNone) {
+  EXPECT_EQ(Lab("").output, "devicelab: name a command: run, show, seal, bootenv; --help tells more\n");
+  EXPECT_EQ(Lab("migrate x").output,
+            "devicelab: there is no command migrate: run, show, seal, bootenv; --help tells more\n");
+  EXPECT_EQ(Lab("migrate x").status, 1);
+}
+
+TEST_F(DeviceLab, TellsItsVersion) {
+  const ShellResult result = Lab("--version");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.output, ::testing::MatchesRegex("devicelab [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST_F(DeviceLab, FailsWhenItCannotPrintWhatItHasToSay) {
+  const std::string image = image_.Path().native();
+  for (const std::string& command :
+       {"run " + image + " --from 8000 --program " + TEST_PROGRAM, "show " + image, std::string("--help")}) {
+    const ShellResult result = Lab(command + " >/dev/full");
+    EXPECT_EQ(result.status, 1) << command;
+    EXPECT_EQ(result.output, "devicelab: cannot print all that there is to say\n") << command;
+  }
+}
+
+/// A run of devicelab as a process of its own, with a temporary folder of its own.
+class DeviceLabProcess : public DeviceLab {
+ protected:
+  ~DeviceLabProcess() override {
+    if (lab_ > 0) End(SIGKILL);
+  }
+
+  void Start(const std::string& build) {
+    std::array<int, 2> ends{};
+    Checked(::pipe2(ends.data(), O_CLOEXEC), "make", "a pipe");
+    report_ = Descriptor(ends[0]);
+    const Descriptor writing(ends[1]);
+    lab_ = Checked(::fork(), "fork", "");
+    if (lab_ != 0) return;
+    ::dup2(writing.Get(), STDOUT_FILENO);
+    ::setenv("TMPDIR", temporary_.Path().c_str(), 1);
+    ::execl(DEVICELAB, DEVICELAB, "run", image_.Path().c_str(), "--from", build.c_str(), "--program",
+            TEST_PROGRAM, nullptr);
+    ::_exit(127);
+  }
+
+  /// The status as waitpid(2) gives it.
+  int End(int signal) {
+    const pid_t pid = std::exchange(lab_, -1);
+    ::kill(pid, signal);
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return status;
+  }
+
+  /// The program that devicelab runs, as soon as it does.
+  pid_t AwaitProgram() const {
+    pid_t program = -1;
+    AwaitThat([&] {
+      program = FindProgram();
+      return program > 0;
+    });
+    return program;
+  }
+
+  static bool IsAlive(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/stat");
+    std::string number;
+    std::string name;
+    std::string state;
+    return status >> number >> name >> state && state != "Z" && state != "X";
+  }
+
+  static void AwaitThat(const std::function<bool()>& condition) {
+    for (int i = 0; i < 3000; ++i) {
+      if (condition()) return;
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    FAIL() << "waited in vain";
+  }
+
+  TemporaryFolder temporary_;
+  pid_t lab_ = -1;
+  Descriptor report_;
+
+ private:
+  /// A process whose parent is devicelab and that has become the program.
+  pid_t FindProgram() const {
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+      std::ifstream stat(entry.path() / "stat");
+      pid_t pid = 0;
+      std::string name;
+      std::string state;
+      pid_t parent = 0;
+      if (stat >> pid >> name >> state >> parent && parent == lab_ && name == "(lab_test_progra)") return pid;
+    }
+    return -1;
+  }
+};
+
+TEST_F(DeviceLabProcess, LeavesNothingBehindWhateverEndsIt) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGKILL}) {
+    Start("wait");
+    const pid_t program = AwaitProgram();
+    EXPECT_TRUE(fs::is_empty(temporary_.Path())) << "others see the device's files during the run";
+    const int status = End(signal);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << signal << ' ' << status;
+    AwaitThat([&] { return !IsAlive(program); });
+    EXPECT_TRUE(fs::is_empty(temporary_.Path())) << signal;
+  }
+}
+
+TEST_F(DeviceLabProcess, LeavesNothingBehindWhenTheProgramIsKilled) {
+  Start("wait");
+  ::kill(AwaitProgram(), SIGKILL);
+  EXPECT_THAT(ReadAll(report_.Get(), "the report"), HasSubstr("killed by signal 9"));
+  const int status = End(0);
+  EXPECT_EQ(WEXITSTATUS(status), 128 + SIGKILL);
+  EXPECT_TRUE(fs::is_empty(temporary_.Path()));
+}
+
+// Who reads a report page by page has it open for hours.
+TEST_F(DeviceLabProcess, HasNothingOfTheDeviceLeftWhenItPrintsTheReport) {
+  Start("much");
+  pollfd report{report_.Get(), POLLIN, 0};
+  ASSERT_EQ(::poll(&report, 1, 60'000), 1);
+  EXPECT_TRUE(fs::is_empty("/proc/" + std::to_string(lab_) + "/root/sys"));
+  EXPECT_TRUE(fs::is_empty(temporary_.Path()));
+  report_.Close();
+  const int status = End(0);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) << status;
 }
 
 TEST_F(DeviceLab, ShowsAnImage) {

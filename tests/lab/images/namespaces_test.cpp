@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sstream>
@@ -117,6 +119,73 @@ TEST(ForbiddenNamespaces, MakeEnteringThrowTheSame) {
     return std::string("entered");
   });
   EXPECT_THAT(answer, HasSubstr("Run it as root, or allow user namespaces"));
+}
+
+/// What `operation` gives in a plain chroot: a folder with a /proc that is the root folder, but no mount
+/// point. The mount that it is in spreads to other namespaces what is mounted in it, as those of most hosts
+/// do.
+std::string InPlainChroot(const lab_test::TemporaryFolder& folder,
+                          const std::function<std::string()>& operation) {
+  return InChild([&] {
+    const std::string outside = folder.Path().native();
+    EnterMountNamespace();
+    Checked(::mount("none", outside.c_str(), "tmpfs", 0, nullptr), "mount", outside);
+    Checked(::mount("none", outside.c_str(), nullptr, MS_SHARED, nullptr), "share", outside);
+    for (const char* name : {"root", "root/proc", "root/tmp", "root/sys"}) {
+      std::filesystem::create_directory(folder / name);
+    }
+    const std::string proc = (folder / "root/proc").native();
+    Checked(::mount("/proc", proc.c_str(), nullptr, MS_BIND | MS_REC, nullptr), "mount", proc);
+    const std::string mounts = lab_test::ReadFile("/proc/self/mountinfo");
+    std::string answer = InChild([&] {
+      Checked(::chroot((folder / "root").c_str()), "chroot to", "the folder");
+      Checked(::chdir("/tmp"), "enter", "/tmp");
+      return operation();
+    });
+    if (lab_test::ReadFile("/proc/self/mountinfo") != mounts) answer += ", and mounts have spread";
+    return answer;
+  });
+}
+
+TEST(PlainChroot, IsGoodEnoughForRoot) {
+  const lab_test::TemporaryFolder folder;
+  EXPECT_EQ(InPlainChroot(folder, [] { return WhyNotPossible().value_or("possible"); }), "possible");
+}
+
+TEST(PlainChroot, KeepsMountsToThemselvesAndTheCurrentFolder) {
+  const lab_test::TemporaryFolder folder;
+  const std::string answer = InPlainChroot(folder, [] {
+    EnterMountNamespace();
+    const std::string current = std::filesystem::current_path();
+    Checked(::mount("none", "/tmp", "tmpfs", 0, nullptr), "mount", "/tmp");
+    std::ofstream("/tmp/file") << "x";
+    return current + (std::filesystem::exists("/tmp/file") ? " has the file" : " lacks the file");
+  });
+  EXPECT_EQ(answer, "/tmp has the file");
+}
+
+TEST(PlainChroot, IsNamedToOrdinaryUsersWithoutAdviceThatDoesNotHelp) {
+  if (!testing_support::MayBecomeOrdinaryUser()) GTEST_SKIP() << "needs root of the host";
+  const lab_test::TemporaryFolder folder;
+  const std::string answer = InPlainChroot(
+      folder, [] { return AsOrdinaryUser([] { return WhyNotPossible().value_or("possible"); }); });
+  EXPECT_THAT(answer, HasSubstr("Run it as root: in a chroot, container or sandbox others may not.\n"));
+  EXPECT_THAT(answer, Not(HasSubstr("max_user_namespaces")));
+}
+
+TEST(TemporaryFiles, AreThisProcessesOwn) {
+  const lab_test::TemporaryFolder folder;
+  const std::string answer = InChild([&] {
+    ::setenv("TMPDIR", folder.Path().c_str(), 1);
+    KeepTemporaryFilesToThisProcess();
+    const PrivateRoot root;
+    // The parent of this process is in the namespace that it was in before.
+    const std::string others = "/proc/" + std::to_string(::getppid()) + "/root" + root.Path().native();
+    return std::string(std::filesystem::exists(root.Path()) ? "here, " : "not here, ") +
+           (std::filesystem::exists(others) ? "there" : "not there") +
+           (std::filesystem::is_empty(folder.Path()) ? "" : ", in the host's folder");
+  });
+  EXPECT_EQ(answer, "here, not there");
 }
 
 }  // namespace

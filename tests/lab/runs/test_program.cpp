@@ -143,6 +143,8 @@ int OpenStreams(const Arguments& arguments) {
 int Update(const Arguments& arguments) {
   if (arguments.at(0) == "crash") return Kill({std::to_string(SIGSEGV)});
   syslog(LOG_WARNING, "updating from %s", arguments.at(0).c_str());
+  if (arguments.at(0) == "wait") return Sleep({});
+  if (arguments.at(0) == "much") return SayMuch({"300"});
   if (arguments.at(0) == "bad") {
     std::cerr << "no update from bad\n";
     return 3;
