@@ -57,9 +57,8 @@ Contestant MakeFloor(const std::vector<std::string>& inputs, const lab::RunResul
   for (const std::string& path : diff.written) {
     if (IsOfNoInterest(path)) continue;
     const lab::Entry& entry = run.after.at(path);
-    const std::size_t slash = path.rfind('/') + 1;
     if (entry.kind == lab::Entry::Kind::File) {
-      add({"write", path.substr(0, slash), path.substr(slash), entry.content});
+      add({"write", path, entry.content});
     } else {
       directories.push_back(path);
     }

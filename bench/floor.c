@@ -1,10 +1,13 @@
-// What the work itself costs: reads files, writes documents durably and renames files, as its arguments say
-// one after the other, and decides nothing.
+// What the work itself costs: reads files, writes documents and renames files, as its arguments say one after
+// the other, and decides nothing.
 //
-//   read PATH                      reads a file once
-//   write DIRECTORY NAME BYTES     puts a document into a directory: all or nothing, durable, for its owner
-//   alone make DIRECTORY PARENT          makes a directory, durably move FROM TO                   renames a
-//   file
+//   read PATH                 reads a file once
+//
+//   write PATH BYTES          puts a document in its place: all or nothing, for its owner alone
+//
+//   make DIRECTORY PARENT     makes a directory and flushes the one that it stands in
+//
+//   move FROM TO              renames a file
 #include <errno.h>
 #include <fcntl.h>
 #include <stdio.h>
@@ -29,22 +32,18 @@ static int Read(const char* path) {
   return got == 0 || Failed(path);
 }
 
-static int Write(const char* directory_path, const char* name, const char* bytes) {
+static int Write(const char* path, const char* bytes) {
   char temporary[256];
-  snprintf(temporary, sizeof temporary, "%s.new", name);
+  snprintf(temporary, sizeof temporary, "%s.new", path);
   const size_t size = strlen(bytes);
-  const int directory = open(directory_path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (directory < 0) return Failed(directory_path);
-  const int file = openat(directory, temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+  const int file = open(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
   const int written = file >= 0 && fchmod(file, 0600) == 0 && write(file, bytes, size) == (ssize_t)size &&
-                      fsync(file) == 0 && close(file) == 0 &&
-                      renameat(directory, temporary, directory, name) == 0 && fsync(directory) == 0;
-  close(directory);
-  return written || Failed(name);
+                      fsync(file) == 0 && close(file) == 0 && rename(temporary, path) == 0;
+  return written || Failed(path);
 }
 
 static int Make(const char* directory, const char* parent_path) {
-  if (mkdir(directory, 0777) != 0 && errno != EEXIST) return Failed(directory);
+  if (mkdir(directory, 0755) != 0 && errno != EEXIST) return Failed(directory);
   const int parent = open(parent_path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (parent < 0) return Failed(parent_path);
   const int flushed = fsync(parent) == 0;
@@ -65,9 +64,9 @@ int main(int argument_count, char** arguments) {
     if (strcmp(step, "read") == 0 && end - next >= 1) {
       done = Read(next[0]);
       next += 1;
-    } else if (strcmp(step, "write") == 0 && end - next >= 3) {
-      done = Write(next[0], next[1], next[2]);
-      next += 3;
+    } else if (strcmp(step, "write") == 0 && end - next >= 2) {
+      done = Write(next[0], next[1]);
+      next += 2;
     } else if (strcmp(step, "make") == 0 && end - next >= 2) {
       done = Make(next[0], next[1]);
       next += 2;

@@ -63,12 +63,11 @@ inputs=$(sed -s '1F; s/^/ /' "$all" "$first" "$second" "$third" $wifi/wifi_wps /
 
 document() { jq -n --tab -L "$here" --arg inputs "$inputs" "$@"; }
 
-# save NAME TEXT: all or nothing, durable before the next.
+# save NAME TEXT: all or nothing.
 save() {
   printf '%s\n' "$2" >"$wifi/$1.new"
   sync "$wifi/$1.new"
   mv "$wifi/$1.new" "$wifi/$1"
-  sync $wifi
 }
 
 # The dollars of the programs below are jq's.
@@ -101,10 +100,8 @@ save wps.json "$text"
 text=$(document --argjson radios "[$radios]" 'include "legacy"; networks($inputs | files; $radios)')
 save network.json.$topology "$text"
 
-if [ ! -d $wifi/legacy ]; then
-  mkdir -m 755 $wifi/legacy
-  sync $wifi
-fi
+[ -d $wifi/legacy ] || mkdir -m 755 $wifi/legacy
+sync $wifi # every document is on the disk before the first file moves
 # The paths hold neither blanks nor patterns.
 # shellcheck disable=SC2086
 mv $filter/mf.info $filter/mf.setting $filter/mf_guest.info $wifi/lbd.conf $wifi/lbd.guest.conf $used \

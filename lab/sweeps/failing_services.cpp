@@ -110,16 +110,14 @@ Json::Value WrapLoadJsonFromFile(const std::string& path) {
   return RealLoadJsonFromFile(path);
 }
 
-// A document that cannot be saved is not there at all, except where only the last flush of its folder failed.
+// A document that cannot be saved is not there at all.
 void RealSaveJsonToFile(const std::string& path, const Json::Value& document)
     REAL(SYMBOL_OF_SAVE_JSON_TO_FILE);
 void WrapSaveJsonToFile(const std::string& path, const Json::Value& document)
     WRAPPED(SYMBOL_OF_SAVE_JSON_TO_FILE);
 void WrapSaveJsonToFile(const std::string& path, const Json::Value& document) {
-  const std::string folder = FolderOf(path);
-  if (Fails({path, folder})) throw std::system_error(EIO, std::generic_category(), "cannot write " + path);
+  if (Fails({path})) throw std::system_error(EIO, std::generic_category(), "cannot write " + path);
   RealSaveJsonToFile(path, document);
-  if (Fails({path, folder})) throw std::system_error(EIO, std::generic_category(), "cannot flush " + path);
 }
 
 void RealFlushDirectory(const std::string& path) REAL(SYMBOL_OF_FLUSH_DIRECTORY);

@@ -12,12 +12,12 @@ namespace {
 constexpr std::array kOldFilesOf13{"/usr/kelp/etc/wifi/model.json", "/usr/kelp/etc/wifi/country.json",
                                    "/usr/kelp/etc/wifi/backhaul.json"};
 
-bool HasBegun(const std::string& path, const Tree& before, const Tree& state) {
-  return state.contains(path) && !before.contains(path);
-}
-
-std::string BegunTooSoon(std::string what, const std::string& unfinished) {
-  return what.append(" was begun before ").append(unfinished).append(" was durable");
+/// A file that went to the archive; null when none has.
+const std::string* FindArchived(const Tree& before, const Tree& state) {
+  for (const auto& [path, entry] : before) {
+    if (!state.contains(path) && state.contains(ArchivedPath(path))) return &path;
+  }
+  return nullptr;
 }
 
 /// The first path at which two devices differ.
@@ -51,15 +51,10 @@ bool PowerCutRules::IsNew(const std::string& document, const Tree& state) const 
 std::optional<std::string> PowerCutRules::FindWrongState(const Tree& state) const {
   if (auto breach = FindBreach(device_.files, state, {&undisturbed_.files}, true)) return breach;
 
-  std::string unfinished;  // the first document that is not there yet
+  const std::string* const archived = FindArchived(device_.files, state);
+  if (archived == nullptr) return std::nullopt;
   for (const std::string& document : documents_) {
-    const bool is_new = IsNew(document, state);
-    const bool has_begun = is_new || HasBegun(TemporaryNameOf(document), device_.files, state);
-    if (has_begun && !unfinished.empty()) return BegunTooSoon(document, unfinished);
-    if (!is_new && unfinished.empty()) unfinished = document;
-  }
-  if (HasBegun(kArchive, device_.files, state) && !unfinished.empty()) {
-    return BegunTooSoon("the archive", unfinished);
+    if (!IsNew(document, state)) return *archived + " was archived before " + document + " was durable";
   }
   return std::nullopt;
 }

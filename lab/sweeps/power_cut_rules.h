@@ -16,7 +16,7 @@ class PowerCutRules {
   PowerCutRules(Device device, Outcome undisturbed, const std::vector<FileOperation>& operations);
 
   /// What is wrong with the device as the power cut left it, in words: a document that is not whole, a file
-  /// that is lost, something that was begun before what precedes it was durable.
+  /// that is lost, a file that went to the archive before every document was durable.
   std::optional<std::string> FindWrongState(const Tree& state) const;
 
   /// What is wrong with a run that found the device in `state`, in words.
@@ -36,7 +36,7 @@ class PowerCutRules {
 
   Device device_;
   Outcome undisturbed_;
-  std::vector<std::string> documents_;  // in the order in which they are written
+  std::vector<std::string> documents_;  // that the run writes
 };
 
 }  // namespace lab::sweeps

@@ -2,7 +2,8 @@
 
 namespace KELP::Wifi::Updater {
 
-/// The documents that the daemon reads.
+/// The documents that the daemon reads, and their folder.
+inline constexpr const char* kDocumentFolder = "/usr/kelp/etc/wifi/";
 inline constexpr const char* kGlobalDocument = "/usr/kelp/etc/wifi/global.json";
 inline constexpr const char* kMiscDocument = "/usr/kelp/etc/wifi/misc.json";
 inline constexpr const char* kRadioDocument = "/usr/kelp/etc/wifi/radio.json";

@@ -1,21 +1,37 @@
 #include "migration/legacy_archive.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <filesystem>
+#include <system_error>
 
 #include "base/durable_file.h"
 #include "legacy/format_text.h"
+#include "migration/document_paths.h"
 
 namespace KELP::Wifi::Updater {
 namespace {
 
-constexpr const char* kParent = "/usr/kelp/etc/wifi/";
 constexpr const char* kArchive = "/usr/kelp/etc/wifi/legacy/";
+constexpr mode_t kArchiveMode = 0755;
+
+void MakeArchive() {
+  if (std::filesystem::is_directory(kArchive)) return;
+  std::filesystem::create_directories(kDocumentFolder);
+  // Not left to create_directories: under an open umask everybody could write there.
+  if (::mkdir(kArchive, kArchiveMode) == 0) return;
+  throw std::filesystem::filesystem_error("cannot create directories", kArchive,
+                                          std::error_code(errno, std::generic_category()));
+}
 
 }  // namespace
 
 void ArchiveLegacyFiles(const std::set<std::string>& files) {
-  // A file that reaches the disk in the archive must find the archive there after a power cut.
-  if (std::filesystem::create_directories(kArchive)) FlushDirectory(kParent);
+  MakeArchive();
+  // The one flush for all that was saved and made there: from the first move on a power cut must find every
+  // document, and the archive with the files that it holds.
+  FlushDirectory(kDocumentFolder);
 
   for (const std::string& file : files) {
     const std::string name = file.substr(file.rfind('/') + 1);

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "base/durable_file.h"
 #include "legacy/device_facts.h"
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
@@ -69,6 +70,7 @@ void Migrate13GlobalFiles(const UpdateContext& /*context*/) {
   data.SetBackhaulSwapped(backhaul_swapped);
   JsonUtil::SaveJsonToFile(kGlobalDocument, Util::JsonSerializer::Serialize(data));
 
+  FlushDirectory(kDocumentFolder);  // before what the document was made from goes
   std::filesystem::remove(kModelFile);
   std::filesystem::remove(kCountryFile);
 }

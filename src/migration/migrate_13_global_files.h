@@ -8,9 +8,9 @@ namespace KELP::Wifi::Updater {
 /// mesh role file) into "global.json" and removes the model and the country file.
 ///
 /// Throws std::runtime_error when one of the first three is missing, RuntimeError for a model or country that
-/// has no such name, what JsonUtil throws for a malformed file, and std::filesystem::filesystem_error for a
-/// failed removal. Before the document is written nothing is changed, and nothing is removed before it is
-/// durable.
+/// has no such name, what JsonUtil throws for a malformed file, and std::system_error for a document that
+/// cannot be saved or flushed, and std::filesystem::filesystem_error for a failed removal. Before the
+/// document is written nothing is changed, and nothing is removed before it is durable.
 void Migrate13GlobalFiles(const UpdateContext& context);
 
 }  // namespace KELP::Wifi::Updater

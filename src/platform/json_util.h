@@ -15,7 +15,8 @@ namespace KELP::Wifi::Util::JsonUtil {
 Json::Value LoadJsonFromFile(const std::string& path);
 
 /// Writes `document` to `path`, indented with one tab, a newline at its end; bytes above 0x7F stand as they
-/// are. All or nothing, durable when it returns, mode 0600. Throws as ReplaceFile does.
+/// are. All or nothing, also after a power cut; durable once its directory is flushed; mode 0600. Throws
+/// std::system_error with the path and the cause.
 void SaveJsonToFile(const std::string& path, const Json::Value& document);
 
 /// The member `name` of the object `value`, a string.

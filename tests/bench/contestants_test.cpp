@@ -85,7 +85,7 @@ TEST(Floor, FlushesAsOftenAsTheProgram) {
 
   const int flushes = Flushes(CountSystemCalls(device.image, MakeFloor(recording.inputs, recording.run)));
 
-  EXPECT_EQ(flushes, 11);
+  EXPECT_EQ(flushes, 6);
   EXPECT_EQ(flushes, Flushes(recording.from_main));
   EXPECT_EQ(flushes, Flushes(CountSystemCalls(device.image, program)));
 }

@@ -1,7 +1,11 @@
 #include "tests/migration/failing_device.h"
 
+#include <json/value.h>
+
+#include <cerrno>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace testing_support {
 namespace {
@@ -28,16 +32,60 @@ FailingDevice* FailingDevice::Current() {
 
 using testing_support::FailingDevice;
 
+namespace {
+
+void Note(const char* step, const std::string& path) {
+  if (FailingDevice* const device = FailingDevice::Current()) {
+    device->steps.push_back(std::string(step) + " " + path);
+  }
+}
+
+}  // namespace
+
 bool RealRemove(const std::filesystem::path& path) __asm__(
     "__real__ZNSt10filesystem6removeERKNS_7__cxx114pathE");
 bool WrapRemove(const std::filesystem::path& path) __asm__(
     "__wrap__ZNSt10filesystem6removeERKNS_7__cxx114pathE");
 bool WrapRemove(const std::filesystem::path& path) {
+  Note("remove", path);
   if (FailingDevice::Current() != nullptr && path == FailingDevice::Current()->path_that_stays) {
     throw std::filesystem::filesystem_error("cannot remove", path,
                                             std::make_error_code(std::errc::device_or_resource_busy));
   }
   return RealRemove(path);
+}
+
+void RealRename(const std::filesystem::path& from, const std::filesystem::path& to) __asm__(
+    "__real__ZNSt10filesystem6renameERKNS_7__cxx114pathES3_");
+void WrapRename(const std::filesystem::path& from, const std::filesystem::path& to) __asm__(
+    "__wrap__ZNSt10filesystem6renameERKNS_7__cxx114pathES3_");
+void WrapRename(const std::filesystem::path& from, const std::filesystem::path& to) {
+  Note("rename", from);
+  RealRename(from, to);
+}
+
+#define KELP_FLUSH_DIRECTORY \
+  "_ZN4KELP4Wifi14FlushDirectoryERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"
+void RealFlushDirectory(const std::string& path) __asm__("__real_" KELP_FLUSH_DIRECTORY);
+void WrapFlushDirectory(const std::string& path) __asm__("__wrap_" KELP_FLUSH_DIRECTORY);
+void WrapFlushDirectory(const std::string& path) {
+  Note("flush", path);
+  if (FailingDevice::Current() != nullptr && FailingDevice::Current()->flush_fails) {
+    throw std::system_error(EIO, std::generic_category(), "cannot flush directory " + path);
+  }
+  RealFlushDirectory(path);
+}
+
+#define KELP_SAVE_JSON_TO_FILE                                                                   \
+  "_ZN4KELP4Wifi4Util8JsonUtil14SaveJsonToFileERKNSt7__cxx1112basic_stringIcSt11char_traitsIcES" \
+  "aIcEEERKN4Json5ValueE"
+void RealSaveJsonToFile(const std::string& path,
+                        const Json::Value& document) __asm__("__real_" KELP_SAVE_JSON_TO_FILE);
+void WrapSaveJsonToFile(const std::string& path,
+                        const Json::Value& document) __asm__("__wrap_" KELP_SAVE_JSON_TO_FILE);
+void WrapSaveJsonToFile(const std::string& path, const Json::Value& document) {
+  Note("save", path);
+  RealSaveJsonToFile(path, document);
 }
 
 #define KELP_INFO_GET_KEY_VALUE \

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace testing_support {
 
@@ -15,7 +16,12 @@ class FailingDevice {
 
   static FailingDevice* Current();
 
+  /// What was saved, flushed, moved and removed, in order: "save PATH", "flush PATH", "rename PATH",
+  /// "remove PATH".
+  std::vector<std::string> steps;
+
   std::string path_that_stays;            // cannot be removed: std::filesystem::filesystem_error, EBUSY
+  bool flush_fails = false;               // of a directory: std::system_error, EIO
   bool information_store_throws = false;  // something that is no std::exception
 };
 

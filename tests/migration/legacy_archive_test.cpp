@@ -1,8 +1,10 @@
 #include "migration/legacy_archive.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
+#include <utility>
 
 #include "tests/support/test_device.h"
 
@@ -71,6 +73,23 @@ TEST_F(LegacyArchiveTest, ArchiveIsMadeWithItsParents) {
 TEST_F(LegacyArchiveTest, ArchiveIsMadeEvenForNoFiles) {
   Archive({});
   EXPECT_EQ(device_.Files().Snapshot().at(kArchive).kind, lab::Entry::Kind::Directory);
+}
+
+TEST_F(LegacyArchiveTest, ArchiveIsForNobodyButItsOwnerToWriteToWhateverTheUmask) {
+  for (const auto& [mask, mode] : {std::pair{0U, 0755U}, {022U, 0755U}, {002U, 0755U}, {077U, 0700U}}) {
+    const mode_t earlier = ::umask(mask);
+    Archive({});
+    ::umask(earlier);
+    EXPECT_EQ(device_.Files().Snapshot().at(kArchive).mode, mode) << std::oct << mask;
+    device_.Files().Remove(kArchive);
+  }
+}
+
+TEST_F(LegacyArchiveTest, ExistingArchiveKeepsItsMode) {
+  device_.Files().MakeDirectory(kArchive);
+  device_.Files().SetMode(kArchive, 0711);
+  Archive({});
+  EXPECT_EQ(device_.Files().Snapshot().at(kArchive).mode, 0711U);
 }
 
 TEST_F(LegacyArchiveTest, ExistingArchiveKeepsWhatItHolds) {
@@ -166,7 +185,8 @@ TEST_F(LegacyArchiveTest, FolderIsMovedLikeAFile) {
 TEST_F(LegacyArchiveTest, FileInTheArchivesPlaceFailsAndMovesNothing) {
   Write(kArchive, "no folder");
   Write("/etc/file", "text");
-  ExpectFailure({"/etc/file"});
+  EXPECT_EQ(device_.RunThrowing<filesystem_error>([] { ArchiveLegacyFiles({"/etc/file"}); }),
+            "filesystem error: cannot create directories: File exists [/usr/kelp/etc/wifi/legacy/]");
   EXPECT_EQ(Read(kArchive), "no folder");
   EXPECT_EQ(Read("/etc/file"), "text");
 }

@@ -135,23 +135,23 @@ int __wrap_fchmod(int file, mode_t mode) {
   return Fails("fchmod") ? -1 : __real_fchmod(file, mode);
 }
 
-int __real_openat(int folder, const char* path, int flags, ...);
-int __wrap_openat(int folder, const char* path, int flags, ...) {
+int __real_open(const char* path, int flags, ...);
+int __wrap_open(const char* path, int flags, ...) {
   std::va_list arguments;
   va_start(arguments, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
-  return Fails("openat") ? -1 : __real_openat(folder, path, flags, mode);
+  return Fails("open") ? -1 : __real_open(path, flags, mode);
 }
 
-int __real_unlinkat(int folder, const char* path, int flags);
-int __wrap_unlinkat(int folder, const char* path, int flags) {
-  return Fails("unlinkat") ? -1 : __real_unlinkat(folder, path, flags);
+int __real_unlink(const char* path);
+int __wrap_unlink(const char* path) {
+  return Fails("unlink") ? -1 : __real_unlink(path);
 }
 
-int __real_renameat(int old_folder, const char* old_path, int new_folder, const char* new_path);
-int __wrap_renameat(int old_folder, const char* old_path, int new_folder, const char* new_path) {
-  return Fails("renameat") ? -1 : __real_renameat(old_folder, old_path, new_folder, new_path);
+int __real_rename(const char* old_path, const char* new_path);
+int __wrap_rename(const char* old_path, const char* new_path) {
+  return Fails("rename") ? -1 : __real_rename(old_path, new_path);
 }
 
 int __real_close(int file);

@@ -45,16 +45,32 @@ TEST_F(PowerCutRulesTest, AllowsTheBeginningTheEndAndWhatLiesBetween) {
   EXPECT_EQ(Rules().FindWrongState(state), std::nullopt);
 }
 
-TEST_F(PowerCutRulesTest, WantsEachDocumentDurableBeforeTheNextIsBegun) {
+TEST_F(PowerCutRulesTest, AllowsTheDocumentsToBecomeDurableInAnyOrder) {
   Tree state = device_.files;
-  state[kFolder + "misc.json.new"] = {Entry::Kind::File, 0600, ""};
-  EXPECT_THAT(Rules().FindWrongState(state), Optional(HasSubstr("misc.json was begun before")));
+  state[kFolder + "misc.json"] = kDocument;
+  EXPECT_EQ(Rules().FindWrongState(state), std::nullopt);
+  state[kFolder + "global.json.new"] = {Entry::Kind::File, 0600, ""};
+  state[kFolder + "legacy"] = {Entry::Kind::Directory, 0755, ""};
+  EXPECT_EQ(Rules().FindWrongState(state), std::nullopt);
 }
 
-TEST_F(PowerCutRulesTest, WantsTheDocumentsDurableBeforeTheArchiveIsBegun) {
+TEST_F(PowerCutRulesTest, WantsEveryDocumentDurableBeforeAFileIsArchived) {
+  for (const char* const document : {"global.json", "misc.json"}) {
+    Tree state = undisturbed_.files;
+    state.erase(kFolder + document);
+    EXPECT_THAT(Rules().FindWrongState(state),
+                Optional(kFolder + "wifi_wps was archived before " + kFolder + document + " was durable"));
+    state[kFolder + document + ".new"] = kDocument;
+    EXPECT_THAT(Rules().FindWrongState(state), Optional(HasSubstr("was archived before")));
+  }
+}
+
+TEST_F(PowerCutRulesTest, WantsTheNewDocumentAndNotTheOldOneDurableBeforeAFileIsArchived) {
+  device_.files[kFolder + "misc.json"] = {Entry::Kind::File, 0600, "{\"earlier\": true}"};
+  EXPECT_EQ(Rules().FindWrongState(undisturbed_.files), std::nullopt);
   Tree state = undisturbed_.files;
-  state.erase(kFolder + "misc.json");
-  EXPECT_THAT(Rules().FindWrongState(state), Optional(HasSubstr("the archive was begun before")));
+  state[kFolder + "misc.json"] = device_.files.at(kFolder + "misc.json");
+  EXPECT_THAT(Rules().FindWrongState(state), Optional(HasSubstr("was archived before")));
 }
 
 TEST_F(PowerCutRulesTest, SeesALostFile) {

@@ -1,6 +1,8 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <system_error>
 
 #include "migration/global_settings.h"
 #include "migration/legacy_archive.h"
@@ -15,6 +17,7 @@ namespace KELP::Wifi::Updater {
 namespace {
 
 using std::filesystem::filesystem_error;
+using ::testing::ElementsAre;
 using testing_support::FailingDevice;
 using testing_support::FailingFormat;
 using testing_support::LogLines;
@@ -36,6 +39,33 @@ TEST(ArchiveFormatFailure, ThrowsAndLeavesTheFilesInPlace) {
   EXPECT_EQ(device.Files().Read("/etc/a"), "a");
   EXPECT_TRUE(device.Files().Exists("/usr/kelp/etc/wifi/legacy"));
   EXPECT_EQ(device.Log(), LogLines{});
+}
+
+// What is on the disk before what
+
+TEST(ArchiveFlush, StandsBehindTheArchiveAndBeforeTheFirstMoveWhetherTheArchiveWasThereOrNot) {
+  for (const bool is_there : {false, true}) {
+    testing_support::TestDevice device;
+    device.Files().MakeDirectory("/usr/kelp/etc/wifi");
+    if (is_there) device.Files().MakeDirectory("/usr/kelp/etc/wifi/legacy");
+    device.Files().Write("/etc/a", "a");
+    device.Files().Write("/etc/b", "b");
+    const FailingDevice watched;
+    device.Run([] { ArchiveLegacyFiles({"/etc/b", "/etc/a"}); });
+    EXPECT_THAT(watched.steps, ElementsAre("flush /usr/kelp/etc/wifi/", "rename /etc/a", "rename /etc/b"));
+  }
+}
+
+TEST(ArchiveFlush, FailsWithTheArchiveMadeAndNothingMoved) {
+  testing_support::TestDevice device;
+  device.Files().MakeDirectory("/usr/kelp/etc/wifi");
+  device.Files().Write("/etc/a", "a");
+  FailingDevice failing;
+  failing.flush_fails = true;
+  EXPECT_EQ(device.RunThrowing<std::system_error>([] { ArchiveLegacyFiles({"/etc/a"}); }),
+            "cannot flush directory /usr/kelp/etc/wifi/: Input/output error");
+  EXPECT_TRUE(device.Files().Exists("/usr/kelp/etc/wifi/legacy"));
+  EXPECT_EQ(device.Files().Read("/etc/a"), "a");
 }
 
 // Removing the 1.3-era files
@@ -60,6 +90,24 @@ class RemovalFailureTest : public ::testing::Test {
 
   testing_support::TestDevice device_;
 };
+
+TEST_F(RemovalFailureTest, NothingIsRemovedBeforeTheDocumentIsDurable) {
+  const FailingDevice watched;
+  device_.Run([] { Migrate13GlobalFiles({}); });
+  EXPECT_THAT(watched.steps,
+              ElementsAre("save /usr/kelp/etc/wifi/global.json", "flush /usr/kelp/etc/wifi/",
+                          "remove /usr/kelp/etc/wifi/model.json", "remove /usr/kelp/etc/wifi/country.json"));
+}
+
+TEST_F(RemovalFailureTest, NothingIsRemovedWhenTheFlushFails) {
+  FailingDevice failing;
+  failing.flush_fails = true;
+  EXPECT_EQ(device_.RunThrowing<std::system_error>([] { Migrate13GlobalFiles({}); }),
+            "cannot flush directory /usr/kelp/etc/wifi/: Input/output error");
+  EXPECT_TRUE(device_.Files().Exists(kDocument));
+  EXPECT_TRUE(device_.Files().Exists(kModelFile));
+  EXPECT_TRUE(device_.Files().Exists(kCountryFile));
+}
 
 TEST_F(RemovalFailureTest, ModelFileThatStaysKeepsTheCountryFileToo) {
   MigrateWithout(kModelFile);
