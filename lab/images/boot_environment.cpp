@@ -1,5 +1,6 @@
 #include "lab/images/boot_environment.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <stdexcept>
@@ -19,9 +20,10 @@ std::uint32_t Crc32(std::string_view bytes) {
   return ~sum;
 }
 
-std::string LittleEndian(std::uint32_t number) {
+std::string BytesOf(std::uint32_t number, std::endian order) {
   std::string bytes;
   for (unsigned shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<char>(number >> shift & 0xFF));
+  if (order == std::endian::big) std::reverse(bytes.begin(), bytes.end());
   return bytes;
 }
 
@@ -58,15 +60,16 @@ std::size_t SizeBehind(std::size_t header, std::size_t size) {
 
 }  // namespace
 
-std::string BootEnvironment(const BootVariables& variables, std::size_t size, unsigned char padding) {
+std::string BootEnvironment(const BootVariables& variables, std::size_t size, unsigned char padding,
+                            std::endian order) {
   const std::string data = Data(variables, SizeBehind(kSumSize, size), padding);
-  return LittleEndian(Crc32(data)) + data;
+  return BytesOf(Crc32(data), order) + data;
 }
 
 std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t size, std::uint8_t flag,
-                                     unsigned char padding) {
+                                     unsigned char padding, std::endian order) {
   const std::string data = Data(variables, SizeBehind(kSumSize + 1, size), padding);
-  return LittleEndian(Crc32(data)) + static_cast<char>(flag) + data;
+  return BytesOf(Crc32(data), order) + static_cast<char>(flag) + data;
 }
 
 std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t offset, std::size_t size) {

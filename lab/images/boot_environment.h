@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -12,14 +13,16 @@ namespace lab {
 
 using BootVariables = std::map<std::string, std::string>;
 
-/// A U-Boot environment of `size` bytes: the CRC-32 of all that follows it, the variables, padding. Throws
-/// std::invalid_argument when they do not fit, or a name or value cannot be stored.
-std::string BootEnvironment(const BootVariables& variables, std::size_t size, unsigned char padding = 0xFF);
+/// A U-Boot environment of `size` bytes: the CRC-32 of all that follows it, in the byte order of the device,
+/// the variables, padding. Throws std::invalid_argument when they do not fit, or a name or value cannot be
+/// stored.
+std::string BootEnvironment(const BootVariables& variables, std::size_t size, unsigned char padding = 0xFF,
+                            std::endian order = std::endian::native);
 
 /// One of the two copies of a redundant environment: as above, with a flag between the sum and the variables.
 /// Of two good copies the one with the higher flag counts.
 std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t size, std::uint8_t flag,
-                                     unsigned char padding = 0xFF);
+                                     unsigned char padding = 0xFF, std::endian order = std::endian::native);
 
 /// The line of /etc/fw_env.config for one copy. A redundant environment has two lines.
 std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t offset, std::size_t size);

@@ -17,19 +17,21 @@ namespace {
 
 constexpr const char* kKernelEntries = "/proc/sys/kernel";
 
-/// Makes a folder of the host's a folder of the root too: a link where the host has a link, a mount where it
-/// has a folder or the device has one already.
-void ProvideHostDirectory(PrivateRoot& root, const char* path, std::vector<HostMount>& mounts) {
+/// Makes the folder `path` (absolute) below `host` a folder of the root too: a link where the host has a
+/// link, a mount where it has a folder or the device has one already.
+void ProvideHostDirectory(PrivateRoot& root, const std::filesystem::path& host, const std::string& path,
+                          std::vector<HostMount>& mounts) {
+  const std::filesystem::path host_path = host / path.substr(1);
   std::error_code ignored;
-  const auto status = std::filesystem::symlink_status(path, ignored);
+  const auto status = std::filesystem::symlink_status(host_path, ignored);
   if (!std::filesystem::exists(status)) return;
   if (std::filesystem::is_symlink(status)) {
-    root.ProvideLink(path, std::filesystem::read_symlink(path));
+    root.ProvideLink(path, std::filesystem::read_symlink(host_path));
   } else {
     root.ProvideDirectory(path);
   }
   const bool is_folder = OpenBelow(root.Directory(), path, O_PATH | O_DIRECTORY | O_NOFOLLOW).IsOpen();
-  if (is_folder) mounts.push_back({path, path});
+  if (is_folder) mounts.push_back({host_path, path});
 }
 
 /// Makes the mount `mount`, so far nowhere, stand at a path of the device.
@@ -62,16 +64,25 @@ Descriptor MakeTmpfs(std::uintmax_t size, mode_t mode) {
 }  // namespace
 
 std::vector<HostMount> PrepareHostMounts(PrivateRoot& root, const std::filesystem::path& program,
-                                         const std::string& program_device_path, bool with_host_programs) {
+                                         const std::string& program_device_path,
+                                         const std::filesystem::path& libraries, bool with_host_programs) {
   std::vector<HostMount> mounts;
-  for (const char* path : {"/usr/lib", "/usr/lib64", "/lib", "/lib64"})
-    ProvideHostDirectory(root, path, mounts);
-  if (with_host_programs) {
-    for (const char* path : {"/usr/bin", "/usr/libexec", "/bin"}) ProvideHostDirectory(root, path, mounts);
+  for (const char* path : {"/usr/lib", "/usr/lib64", "/lib", "/lib64"}) {
+    ProvideHostDirectory(root, libraries, path, mounts);
   }
-  root.ProvideFile(program_device_path);
-  mounts.push_back({program, program_device_path});
+  if (with_host_programs) {
+    for (const char* path : {"/usr/bin", "/usr/libexec", "/bin"}) {
+      ProvideHostDirectory(root, "/", path, mounts);
+    }
+  }
+  mounts.push_back(PrepareProgramMount(root, program, program_device_path));
   return mounts;
+}
+
+HostMount PrepareProgramMount(PrivateRoot& root, const std::filesystem::path& program,
+                              const std::string& device_path) {
+  root.ProvideFile(device_path);
+  return {program, device_path};
 }
 
 void MountFromHost(int root, const HostMount& mount) {

@@ -16,10 +16,16 @@ struct HostMount {
   std::string device_path;
 };
 
-/// Prepares the root for the mounts that a program needs, with the host's programs too where a wrapper is to
-/// run.
+/// Prepares the root for the mounts that a program needs: the program itself, the library folders (lib,
+/// lib64, and those in usr) of the folder `libraries`, "/" for the host's own, and the host's programs too
+/// where a wrapper is to run.
 std::vector<HostMount> PrepareHostMounts(PrivateRoot& root, const std::filesystem::path& program,
-                                         const std::string& program_device_path, bool with_host_programs);
+                                         const std::string& program_device_path,
+                                         const std::filesystem::path& libraries, bool with_host_programs);
+
+/// Prepares the root for one more program of the host at `device_path`.
+HostMount PrepareProgramMount(PrivateRoot& root, const std::filesystem::path& program,
+                              const std::string& device_path);
 
 // The rest is for the process that becomes the program, in its own mount namespace. `root` is the private
 // root, opened in that namespace.

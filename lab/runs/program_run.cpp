@@ -134,10 +134,18 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
                      const std::vector<std::string>& arguments, const RunOptions& options) {
   Checked(::access(program.c_str(), X_OK), "run", program.native());
   const std::string program_in_root = "/usr/sbin/" + program.filename().native();
-  const std::vector<std::string> command = FullCommand(options.wrapper, program_in_root, arguments);
+  std::vector<std::string> wrapper = options.wrapper;
   if (options.with_proc) root.ProvideDirectory("/proc");
-  const std::vector<HostMount> mounts =
-      PrepareHostMounts(root, std::filesystem::absolute(program), program_in_root, !options.wrapper.empty());
+  std::vector<HostMount> mounts =
+      PrepareHostMounts(root, std::filesystem::absolute(program), program_in_root,
+                        options.machine ? options.machine->libraries : "/", !options.wrapper.empty());
+  if (options.machine) {
+    if (!wrapper.empty()) throw std::runtime_error("no wrapper can look into a program of another machine");
+    const std::filesystem::path& emulator = options.machine->emulator;
+    wrapper.push_back("/usr/sbin/" + emulator.filename().native());
+    mounts.push_back(PrepareProgramMount(root, emulator, wrapper.front()));
+  }
+  const std::vector<std::string> command = FullCommand(wrapper, program_in_root, arguments);
 
   RunResult result;
   result.before = root.Snapshot();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,6 +30,15 @@ inline constexpr bool kSanitizedBuild = false;
 inline constexpr bool kSanitizedBuild = false;
 #endif
 
+/// A machine of another kind than the host, for programs that are built for it.
+struct ForeignMachine {
+  /// Runs the machine's programs on the host, is linked statically, and takes the program's path and
+  /// arguments.
+  std::filesystem::path emulator;
+  /// The folder that holds the machine's libraries in lib and usr/lib.
+  std::filesystem::path libraries;
+};
+
 /// How a program is run; the defaults are those of an ordinary run on a device.
 struct RunOptions {
   /// Gives the program the host's /proc, with the device's own entries (and no others) in /proc/sys/kernel.
@@ -45,6 +55,8 @@ struct RunOptions {
   /// host's programs at hand, and writes its files there. A name without a slash is that of a program in
   /// /usr/bin.
   std::vector<std::string> wrapper{};
+  /// Set for a program that the host cannot run itself; goes without a wrapper.
+  std::optional<ForeignMachine> machine{};
   /// "NAME=value" each.
   std::vector<std::string> environment{"PATH=/usr/sbin:/usr/bin:/sbin:/bin"};
   /// The program is killed when it has not ended by then.

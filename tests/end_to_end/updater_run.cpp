@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <optional>
 #include <sstream>
 
 #include "tests/support/log_lines.h"
@@ -20,15 +22,28 @@ std::string WithoutKey(const std::string& text, const std::string& key) {
   return kept;
 }
 
+std::filesystem::path FromEnvironment(const char* variable, const char* otherwise) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr ? value : otherwise;
+}
+
+std::optional<lab::ForeignMachine> MachineUnderTest() {
+  const std::filesystem::path emulator = FromEnvironment("KELP_TEST_EMULATOR", "");
+  if (emulator.empty()) return std::nullopt;
+  return lab::ForeignMachine{emulator, FromEnvironment("KELP_TEST_LIBRARIES", "/")};
+}
+
 }  // namespace
 
 std::filesystem::path Image(std::string_view name) {
-  return std::filesystem::path(KELP_DEVICES) / name;
+  return FromEnvironment("KELP_TEST_DEVICES", KELP_DEVICES) / name;
 }
 
 lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::string>& arguments,
                           const lab::RunOptions& options) {
-  return lab::RunProgram(device, KELP_PROGRAM, arguments, options);
+  lab::RunOptions on_machine = options;
+  on_machine.machine = MachineUnderTest();
+  return lab::RunProgram(device, FromEnvironment("KELP_TEST_PROGRAM", KELP_PROGRAM), arguments, on_machine);
 }
 
 lab::RunResult UpdateFrom(lab::PrivateRoot& device, const std::string& build,

@@ -16,6 +16,10 @@ inline const std::string kFilters = "/etc/hostapd/mac_filter/";
 inline const std::string kInformation = "/usr/kelp/etc/info.conf";
 inline const std::string kMesh = "/usr/kelp/etc/mesh/mesh.conf";
 
+/// The program under test is the one that was built beside the test. scripts/test-machines names another in
+/// the variables KELP_TEST_PROGRAM, KELP_TEST_EMULATOR and KELP_TEST_LIBRARIES (see lab::ForeignMachine), and
+/// its devices, with boot environments in that machine's byte order, in KELP_TEST_DEVICES.
+
 /// The image folder of the sample device `name`.
 std::filesystem::path Image(std::string_view name);
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <stdexcept>
 
@@ -16,11 +17,20 @@ const BootVariables kVariables{{"bootdelay", "2"}, {"usb3_disable", "1"}, {"boot
 
 TEST(BootEnvironment, HasTheSumThenTheVariablesThenPadding) {
   // CRC-32 of the 12 bytes behind the sum.
-  EXPECT_EQ(BootEnvironment({{"a", "1"}, {"b", "2"}}, 16), std::string("\xf5\xea\x9b\xbe"
-                                                                       "a=1\0"
-                                                                       "b=2\0"
-                                                                       "\0\xff\xff\xff",
-                                                                       16));
+  EXPECT_EQ(BootEnvironment({{"a", "1"}, {"b", "2"}}, 16, 0xFF, std::endian::little),
+            std::string("\xf5\xea\x9b\xbe"
+                        "a=1\0"
+                        "b=2\0"
+                        "\0\xff\xff\xff",
+                        16));
+}
+
+TEST(BootEnvironment, HasItsSumInTheByteOrderOfTheDevice) {
+  EXPECT_EQ(BootEnvironment({{"a", "1"}, {"b", "2"}}, 16, 0xFF, std::endian::big).substr(0, 4),
+            "\xbe\x9b\xea\xf5");
+  EXPECT_EQ(RedundantBootEnvironment({{"a", "1"}, {"b", "2"}}, 17, 7, 0xFF, std::endian::big).substr(0, 5),
+            "\xbe\x9b\xea\xf5\7");
+  EXPECT_EQ(BootEnvironment(kVariables, 64), BootEnvironment(kVariables, 64, 0xFF, std::endian::native));
 }
 
 TEST(BootEnvironment, MayBePaddedWithZeros) {

@@ -32,7 +32,7 @@ Descriptor OpenInOwnNamespace(const PrivateRoot& root) {
 
 TEST(PrepareHostMounts, FollowsTheHostsLayout) {
   PrivateRoot root;
-  const auto mounts = PrepareHostMounts(root, "/bin/sh", "/usr/sbin/sh", false);
+  const auto mounts = PrepareHostMounts(root, "/bin/sh", "/usr/sbin/sh", "/", false);
   for (const std::string path : {"/usr/lib", "/usr/lib64", "/lib", "/lib64"}) {
     const auto status = fs::symlink_status(path);
     EXPECT_EQ(Mounts(mounts, path), fs::is_directory(status)) << path;
@@ -49,7 +49,7 @@ TEST(PrepareHostMounts, FollowsTheHostsLayout) {
 
 TEST(PrepareHostMounts, AddsTheHostsProgramsForAWrapper) {
   PrivateRoot root;
-  const auto mounts = PrepareHostMounts(root, "/bin/sh", "/usr/sbin/sh", true);
+  const auto mounts = PrepareHostMounts(root, "/bin/sh", "/usr/sbin/sh", "/", true);
   EXPECT_TRUE(Mounts(mounts, "/usr/bin"));
   EXPECT_TRUE(root.Exists("/bin"));
 }
@@ -57,8 +57,21 @@ TEST(PrepareHostMounts, AddsTheHostsProgramsForAWrapper) {
 TEST(PrepareHostMounts, MountsOverTheFoldersOfAnImage) {
   PrivateRoot root;
   root.MakeDirectory("/lib64");
-  const auto mounts = PrepareHostMounts(root, "/bin/sh", "/usr/sbin/sh", false);
+  const auto mounts = PrepareHostMounts(root, "/bin/sh", "/usr/sbin/sh", "/", false);
   EXPECT_EQ(Mounts(mounts, "/lib64"), fs::is_directory("/lib64"));
+}
+
+TEST(PrepareHostMounts, TakesTheLibrariesOfAnotherMachineWhereTheyAre) {
+  const lab_test::TemporaryFolder machine;
+  fs::create_directories(machine.Path() / "usr/lib");
+  fs::create_symlink("usr/lib", machine.Path() / "lib");
+  PrivateRoot root;
+  const auto mounts = PrepareHostMounts(root, "/bin/sh", "/usr/sbin/sh", machine.Path(), false);
+  ASSERT_EQ(mounts.size(), 2U);
+  EXPECT_EQ(mounts.front().host_path, machine.Path() / "usr/lib");
+  EXPECT_EQ(mounts.front().device_path, "/usr/lib");
+  EXPECT_EQ(fs::read_symlink(root.Path() / "lib"), "usr/lib");
+  EXPECT_FALSE(root.Exists("/lib64"));
 }
 
 TEST(MountFromHost, MountsReadOnly) {

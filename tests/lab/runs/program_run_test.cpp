@@ -77,6 +77,20 @@ TEST(RunProgram, KillsWhatTheProgramLeavesBehind) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
 }
 
+// echo in place of an emulator prints the command that this is given.
+TEST(RunProgram, HasTheProgramOfAnotherMachineRunByItsEmulator) {
+  const RunResult result = RunTest({"say", "x"}, {.machine = ForeignMachine{"/usr/bin/echo", "/"}});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.out, "/usr/sbin/lab_test_program say x\n");
+  EXPECT_EQ(result.before, result.after);
+}
+
+TEST(RunProgram, RefusesAWrapperAroundTheProgramOfAnotherMachine) {
+  EXPECT_THROW(
+      RunTest({"exit", "0"}, {.wrapper = {"strace"}, .machine = ForeignMachine{"/usr/bin/echo", "/"}}),
+      std::runtime_error);
+}
+
 TEST(RunProgram, GivesTheLog) {
   PrivateRoot root;
   EXPECT_THAT(RunTest(root, {"log", std::to_string(LOG_WARNING), "a: b\n%s"}).log,
