@@ -1,8 +1,7 @@
-# What scripts/setup installs, as targets. The program links the first five and nothing else.
+# What scripts/setup installs, as targets. The program itself links jsoncpp, and of the others headers only; what its
+# platform links, that finds.
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
-pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET libsodium)
-pkg_check_modules(UBOOTENV REQUIRED IMPORTED_TARGET libubootenv)
 
 find_package(Boost 1.77 REQUIRED)
 
@@ -17,9 +16,10 @@ endif()
 add_library(kelp_magic_enum INTERFACE)
 target_include_directories(kelp_magic_enum SYSTEM INTERFACE ${MAGIC_ENUM_INCLUDE_DIR})
 # The library knows the names of a range of values only, which by default ends below the last countries.
-target_compile_definitions(kelp_magic_enum INTERFACE MAGIC_ENUM_RANGE_MIN=-128 MAGIC_ENUM_RANGE_MAX=255)
+target_compile_definitions(kelp_magic_enum INTERFACE MAGIC_ENUM_RANGE_MAX=255)
 
 if(KELP_HOST_TOOLS)
+  pkg_check_modules(SODIUM REQUIRED IMPORTED_TARGET GLOBAL libsodium)
   find_package(GTest REQUIRED)
   find_package(CLI11 REQUIRED)
 endif()

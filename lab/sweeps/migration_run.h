@@ -16,7 +16,8 @@ struct Programs {
   std::filesystem::path tamper;
   std::string strace = "/usr/bin/strace";
 
-  /// Those in the folder of the running program. Throws std::runtime_error when one of them is missing.
+  /// Those in the folder of the running program. Throws std::runtime_error when the program under test or the
+  /// tamperer is missing; `rules` is there with the stand-in for the platform only.
   static Programs BesideThisOne();
 };
 

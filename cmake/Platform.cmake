@@ -1,0 +1,30 @@
+# Brings the target kelp_platform: the device maker's libraries, from the folder that KELP_PLATFORM names. What such a
+# folder has to offer, and how it is plugged in, is told in docs/integration.md.
+if(NOT EXISTS ${platform}/CMakeLists.txt)
+  message(FATAL_ERROR "KELP_PLATFORM: there is no CMakeLists.txt in ${platform}")
+endif()
+
+# The headers are asked for before anything is compiled: those that the program includes.
+set(missing_headers)
+foreach(room base legacy builders migration cli)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.h ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp)
+  foreach(source ${sources})
+    file(STRINGS ${source} includes REGEX "^#include \"platform/")
+    foreach(include ${includes})
+      string(REGEX REPLACE "^#include \"platform/(.*)\".*" "\\1" header ${include})
+      if(NOT EXISTS ${platform}/${header})
+        list(APPEND missing_headers ${header})
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+if(missing_headers)
+  list(REMOVE_DUPLICATES missing_headers)
+  list(JOIN missing_headers " " missing_headers)
+  message(FATAL_ERROR "KELP_PLATFORM: missing in ${platform}: ${missing_headers}")
+endif()
+
+add_subdirectory(${platform} ${CMAKE_CURRENT_BINARY_DIR}/platform)
+if(NOT TARGET kelp_platform)
+  message(FATAL_ERROR "KELP_PLATFORM: ${platform}/CMakeLists.txt does not define the target kelp_platform")
+endif()
