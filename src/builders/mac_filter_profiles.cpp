@@ -2,11 +2,12 @@
 
 #include <array>
 #include <filesystem>
-#include <memory>
 #include <string_view>
+#include <utility>
 
 #include "base/log.h"
 #include "legacy/legacy_value.h"
+#include "platform/mac_address.h"
 #include "platform/section_files.h"
 
 namespace KELP::Wifi::Updater {
@@ -17,59 +18,73 @@ constexpr std::size_t kCapacity = 8192;
 constexpr const char* kPrimaryFilter = "/etc/hostapd/mac_filter/mf.info";
 constexpr const char* kGuestFilter = "/etc/hostapd/mac_filter/mf_guest.info";
 
+using Policy = decltype(MACFilterProfile::policy);
+constexpr auto kAllow = static_cast<Policy>(0);
+constexpr auto kDeny = static_cast<Policy>(1);
+
 /// One legacy device list and the profiles that are made of it.
 struct FilterList {
   const char* file;
   std::string_view word;  // by which a network's policy selects it
-  MACFilterPolicy policy;
+  Policy policy;
   const char* primary_name;
   const char* guest_name;
 };
 constexpr std::array kFilterLists{
-    FilterList{"/etc/hostapd/mac_filter/mf_deny.conf", "deny", MACFilterPolicy::Deny,
-               "Primary Network - Deny", "Guest Network - Deny"},
-    FilterList{"/etc/hostapd/mac_filter/mf_allow.conf", "allow", MACFilterPolicy::Allow,
-               "Primary Network - Allow", "Guest Network - Allow"},
+    FilterList{"/etc/hostapd/mac_filter/mf_deny.conf", "deny", kDeny, "Primary Network - Deny",
+               "Guest Network - Deny"},
+    FilterList{"/etc/hostapd/mac_filter/mf_allow.conf", "allow", kAllow, "Primary Network - Allow",
+               "Guest Network - Allow"},
 };
 
-struct FreeList {
-  void operator()(KLIBCSzList* list) const { KLIBCSzListFree(list); }
+/// The section files' interfaces take a handle by its address and may put another in its place.
+struct SectionNames {
+  KLIBCSzList* list = KLIBCSzListAlloc(kCapacity);
+
+  SectionNames() = default;
+  SectionNames(const SectionNames&) = delete;
+  SectionNames& operator=(const SectionNames&) = delete;
+  ~SectionNames() { KLIBCSzListFree(list); }
 };
-struct FreeHash {
-  void operator()(KLIBCSzHash* table) const { KLIBCSzHashFree(table); }
+struct SectionEntries {
+  KLIBCSzHash* table = KLIBCSzHashAlloc(kCapacity);
+
+  SectionEntries() = default;
+  SectionEntries(const SectionEntries&) = delete;
+  SectionEntries& operator=(const SectionEntries&) = delete;
+  ~SectionEntries() { KLIBCSzHashFree(table); }
+
+  const char* ValueOrEmpty(const char* key) const {
+    const char* const value = KLIBCSzHashGetValue(table, key);
+    return value == nullptr ? "" : value;
+  }
 };
 
 std::string ReadPolicy(bool is_guest) {
   return ReadLegacyValue(is_guest ? kGuestFilter : kPrimaryFilter, "policy", "");
 }
 
-const char* ValueOrEmpty(const KLIBCSzHash* table, const char* key) {
-  const char* value = KLIBCSzHashGetValue(table, key);
-  return value == nullptr ? "" : value;
-}
-
-void AppendProfile(std::vector<MACFilterProfile>& profiles, const char* name, MACFilterPolicy policy,
+void AppendProfile(std::vector<MACFilterProfile>& profiles, const char* name, Policy policy,
                    std::vector<MACFilterDevice> devices) {
-  const auto id = static_cast<std::int32_t>(profiles.size());
-  profiles.push_back({id, name, policy, std::move(devices)});
+  MACFilterProfile profile;
+  profile.id = static_cast<std::int32_t>(profiles.size());
+  profile.name = name;
+  profile.policy = policy;
+  profile.devices = std::move(devices);
+  profiles.push_back(std::move(profile));
 }
 
 }  // namespace
 
 std::vector<MACFilterDevice> ReadMACFilterDevices(const std::string& path) {
-  const std::unique_ptr<KLIBCSzList, FreeList> sections(KLIBCSzListAlloc(kCapacity));
-  const std::unique_ptr<KLIBCSzHash, FreeHash> section(KLIBCSzHashAlloc(kCapacity));
-  if (sections == nullptr || section == nullptr) {
+  SectionNames sections;
+  SectionEntries section;
+  if (sections.list == nullptr || section.table == nullptr) {
     Log(LOG_ERR, "%s:%d Failed to allocate memory", 524);
     return {};
   }
-  // The interfaces want the address of a handle; what it refers to stays ours.
-  KLIBCSzList* const list = sections.get();
-  KLIBCSzHash* const table = section.get();
-  KLIBCSzList* list_handle = list;
-  KLIBCSzHash* table_handle = table;
 
-  const int count = KLIBCFileEnumSection(path.c_str(), &list_handle);
+  const int count = KLIBCFileEnumSection(path.c_str(), &sections.list);
   if (count < 0) {
     Log(LOG_ERR, "%s:%d Failed to enum section from %s", 530, path.c_str());
     return {};
@@ -77,9 +92,10 @@ std::vector<MACFilterDevice> ReadMACFilterDevices(const std::string& path) {
 
   std::vector<MACFilterDevice> devices;
   for (int index = 0; index < count; ++index) {
-    if (KLIBCFileGetSection(path.c_str(), KLIBCSzListGet(list, index), &table_handle) <= 0) continue;
-    if (!IsYes(ValueOrEmpty(table, "enable"))) continue;
-    devices.push_back({ValueOrEmpty(table, "desc"), Util::MACAddress(ValueOrEmpty(table, "mac"))});
+    const char* const name = KLIBCSzListGet(sections.list, index);
+    if (KLIBCFileGetSection(path.c_str(), name, &section.table) <= 0) continue;
+    if (!IsYes(section.ValueOrEmpty("enable"))) continue;
+    devices.push_back({section.ValueOrEmpty("desc"), Util::MACAddress(section.ValueOrEmpty("mac"))});
   }
   return devices;
 }

@@ -6,20 +6,21 @@
 #include "builders/guest_password_rotation.h"
 #include "legacy/interface_mac.h"
 #include "legacy/legacy_value.h"
+#include "legacy/radios.h"
 
 namespace KELP::Wifi::Updater {
 
 std::set<std::string> AssembleNetworkSetting(const UpdateContext& context, NetworkSetting& network,
                                              const std::vector<Util::RadioFrequency>& radios,
                                              std::int32_t mac_filter_profile_id) {
-  const bool is_guest = network.kind == NetworkKind::Guest;
+  const bool is_guest = network.kind == kGuestNetwork;
   std::set<std::string> files;
   for (const Util::RadioFrequency radio : radios) {
     const std::string file = GetAccessPointFilePath(context, radio);
     FeatureSetting setting = BuildFeatureSetting(context, file, radio, mac_filter_profile_id, is_guest);
     if (is_guest) setting.guestPasswordRotation = BuildGuestPasswordRotation(file);
 
-    if (radio == Util::RadioFrequency::AllBands) {
+    if (radio == kAllBands) {
       network.smartConnect =
           ReadLegacyFlag(file, is_guest ? "smartconnect_guest_enabled" : "smartconnect_enabled");
       network.allBands = std::move(setting);

@@ -10,6 +10,10 @@
 
 namespace KELP::Wifi::Updater {
 
+/// The kinds of networks by their numbers: what the platform's header calls them is its own affair.
+inline constexpr auto kPrimaryNetwork = static_cast<decltype(NetworkSetting::kind)>(0);
+inline constexpr auto kGuestNetwork = static_cast<decltype(NetworkSetting::kind)>(1);
+
 /// Fills `network`, whose number, name and kind are set, from the access-point files of `radios`: AllBands
 /// gives its own block and its smart-connect flag, every other radio an element of its list, in order. The
 /// guest network's blocks carry its password rotation. Gives the paths of the files that it used. Throws what

@@ -5,6 +5,7 @@
 #include "legacy/device_facts.h"
 #include "legacy/interface_mac.h"
 #include "legacy/legacy_value.h"
+#include "legacy/radios.h"
 #include "legacy/vocabularies.h"
 
 namespace KELP::Wifi::Updater {
@@ -14,9 +15,8 @@ using Util::RadioFrequency;
 std::vector<RadioFrequency> GetRadioFrequencies(const UpdateContext& context) {
   const bool is_dual_band =
       context.model == Util::SupportedModel::ORCHID && context.meshRole == MeshRole::Standalone;
-  if (is_dual_band) return {RadioFrequency::AllBands, RadioFrequency::Band2_4GHz, RadioFrequency::Band5GHz};
-  return {RadioFrequency::AllBands, RadioFrequency::Band2_4GHz, RadioFrequency::Band5GHz_1,
-          RadioFrequency::Band5GHz_2};
+  if (is_dual_band) return {kAllBands, kBand24, kBand5};
+  return {kAllBands, kBand24, kBand5First, kBand5Second};
 }
 
 RadioSetting BuildRadioSetting(const UpdateContext& context, RadioFrequency frequency) {

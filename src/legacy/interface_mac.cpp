@@ -5,6 +5,7 @@
 
 #include "base/file_content.h"
 #include "legacy/format_text.h"
+#include "legacy/radios.h"
 
 namespace KELP::Wifi::Updater {
 namespace {
@@ -23,12 +24,12 @@ bool IsWordByte(char byte) {
 
 int KernelEntryOf(bool is_first_model, RadioFrequency frequency) {
   switch (frequency) {
-    case RadioFrequency::Band2_4GHz:
+    case kBand24:
       return is_first_model ? 4 : 3;
-    case RadioFrequency::Band5GHz:
-    case RadioFrequency::Band5GHz_1:
+    case kBand5:
+    case kBand5First:
       return is_first_model ? 5 : 4;
-    case RadioFrequency::Band5GHz_2:
+    case kBand5Second:
       return 5;
     default:
       return 0;
@@ -37,8 +38,8 @@ int KernelEntryOf(bool is_first_model, RadioFrequency frequency) {
 
 std::string GetBssid(const UpdateContext& context, RadioFrequency frequency) {
   const bool is_first_model = context.model == SupportedModel::ORCHID;
-  if (frequency == RadioFrequency::AllBands) return kAllBandsBssid;
-  if (is_first_model && frequency == RadioFrequency::Band5GHz_2) return kPlaceholderBssid;
+  if (frequency == kAllBands) return kAllBandsBssid;
+  if (is_first_model && frequency == kBand5Second) return kPlaceholderBssid;
   return ReadInterfaceMAC(KernelEntryOf(is_first_model, frequency));
 }
 

@@ -8,7 +8,7 @@ namespace KELP::Wifi::Updater {
 
 std::string ReadLegacyValue(const std::string& file, std::string_view key, std::string_view default_value) {
   try {
-    return Util::SDKUtils::FileGetKeyValue(file, key);
+    return Util::SDKUtils::FileGetKeyValue(file, std::string(key));
   } catch (...) {
     return std::string(default_value);
   }

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "legacy/legacy_value.h"
+#include "legacy/radios.h"
 #include "legacy/vocabulary.h"
 
 namespace KELP::Wifi::Updater {
@@ -62,7 +63,7 @@ std::int32_t ToPMFMode(const std::string& word) {
 }
 
 std::int32_t ToWirelessMode(const std::string& word, RadioFrequency radio) {
-  return Translate(radio == RadioFrequency::Band2_4GHz ? kWireless24 : kWireless5, word);
+  return Translate(radio == kBand24 ? kWireless24 : kWireless5, word);
 }
 
 std::int32_t ToTxPower(const std::string& word) {
@@ -79,7 +80,7 @@ std::int32_t ToRotationDateType(const std::string& word) {
 
 std::int32_t ToBandwidth(const std::string& file, RadioFrequency radio) {
   const std::string word = ReadLegacyValue(file, "bandwidth", "");
-  if (radio == RadioFrequency::Band2_4GHz && ReadLegacyFlag(file, "force_24g_40mhz")) return kForced40MHz;
+  if (radio == kBand24 && ReadLegacyFlag(file, "force_24g_40mhz")) return kForced40MHz;
   return Translate(kBandwidth, word);
 }
 

@@ -6,6 +6,7 @@
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
 #include "migration/document_paths.h"
+#include "migration/global_values.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
 #include "platform/records/global_data.h"
@@ -45,13 +46,13 @@ void MigrateGlobalSettings(const UpdateContext& context) {
   const CountryCode country = ReadCountryCode();
 
   Daemon::GlobalData data;
-  data.SetLogLevel(Util::LogLevel{2});
+  data.SetLogLevel(kMigratedLogLevel);
   data.SetDefaultModel(context.model);
   data.SetMeshInfo(MeshInfoOf(context.meshRole));
-  data.SetCountryCodeSetting({country});
+  data.SetCountryCodeSetting(SettingOf(country));
   data.SetBackhaulSwapped(ReadBackhaulSwap());
 
-  Util::JsonUtil::SaveJsonToFile(kGlobalDocument, Util::JsonSerializer::Serialize(data));
+  Util::JsonUtil::SaveJsonToFile(kGlobalDocument, Util::JsonSerializer::Serialize<Daemon::GlobalData>(data));
 }
 
 }  // namespace KELP::Wifi::Updater

@@ -15,6 +15,7 @@
 #include "legacy/device_facts.h"
 #include "legacy/interface_mac.h"
 #include "legacy/legacy_value.h"
+#include "legacy/radios.h"
 #include "legacy/vocabularies.h"
 #include "migration/document_paths.h"
 #include "migration/global_settings.h"
@@ -26,8 +27,6 @@ namespace KELP::Wifi::Updater {
 namespace {
 
 using Util::RadioFrequency;
-using Util::JsonSerializer::Serialize;
-using Util::JsonUtil::SaveJsonToFile;
 
 using Networks = std::array<NetworkSetting, 2>;  // the primary network, then the guest network
 
@@ -45,10 +44,10 @@ Networks SeedNetworks() {
   auto& [primary, guest] = networks;
   primary.number = 0;
   primary.name = "Primary Network";
-  primary.kind = NetworkKind::Primary;
+  primary.kind = kPrimaryNetwork;
   guest.number = 1;
   guest.name = "Guest Network";
-  guest.kind = NetworkKind::Guest;
+  guest.kind = kGuestNetwork;
   return networks;
 }
 
@@ -56,15 +55,29 @@ std::vector<RadioSetting> BuildRadioSettings(const UpdateContext& context,
                                              const std::vector<RadioFrequency>& radios) {
   std::vector<RadioSetting> settings;
   for (const RadioFrequency radio : radios) {
-    if (radio != RadioFrequency::AllBands) settings.push_back(BuildRadioSetting(context, radio));
+    if (radio != kAllBands) settings.push_back(BuildRadioSetting(context, radio));
   }
   return settings;
+}
+
+template <typename Record>
+void Save(const std::string& document, const Record& record) {
+  Util::JsonUtil::SaveJsonToFile(document, Util::JsonSerializer::Serialize<Record>(record));
+}
+
+template <typename Records>
+void SaveEach(const std::string& document, const Records& records) {
+  Json::Value array(Json::arrayValue);
+  for (const auto& record : records) {
+    array.append(Util::JsonSerializer::Serialize<typename Records::value_type>(record));
+  }
+  Util::JsonUtil::SaveJsonToFile(document, array);
 }
 
 /// The first radio whose file switches WPS on gives the band.
 void SettleWPSBand(const UpdateContext& context, const std::vector<RadioFrequency>& radios, WPSSetting& wps) {
   for (const RadioFrequency radio : radios) {
-    if (radio == RadioFrequency::AllBands) continue;
+    if (radio == kAllBands) continue;
     if (!ReadLegacyFlag(GetAccessPointFilePath(context, radio), "ap_enable_wps")) continue;
     wps.enabled = true;
     wps.band = radio;
@@ -74,9 +87,9 @@ void SettleWPSBand(const UpdateContext& context, const std::vector<RadioFrequenc
 
 /// With smart connect the all-bands file decides what the radios' own files decide otherwise.
 void ApplySmartConnect(const UpdateContext& context, WPSSetting& wps, std::vector<RadioSetting>& radios) {
-  const std::string file = GetAccessPointFilePath(context, RadioFrequency::AllBands);
+  const std::string file = GetAccessPointFilePath(context, kAllBands);
   wps.enabled = ReadLegacyFlag(file, "ap_enable_wps");
-  wps.band = RadioFrequency::AllBands;
+  wps.band = kAllBands;
   const bool allow_dfs_channels = ReadLegacyFlag(file, "allow_dfs_channels");
   const std::int32_t tx_power = ToTxPower(ReadLegacyValue(file, "tx_power", ""));
   for (RadioSetting& radio : radios) {
@@ -108,7 +121,7 @@ void MigrateLegacyWifiConfig(const UpdateContext& context) {
   BuildWPSPinSetting(context, wps);
 
   for (NetworkSetting& network : networks) {
-    const bool is_guest = network.kind == NetworkKind::Guest;
+    const bool is_guest = network.kind == kGuestNetwork;
     const std::int32_t profile_id = FindMACFilterProfileId(misc.macFilterProfiles, is_guest);
     legacy_files.merge(AssembleNetworkSetting(context, network, radios, profile_id));
   }
@@ -117,10 +130,10 @@ void MigrateLegacyWifiConfig(const UpdateContext& context) {
   SettleWPSBand(context, radios, wps);
   if (networks.front().smartConnect) ApplySmartConnect(context, wps, radio_settings);
 
-  SaveJsonToFile(kMiscDocument, Serialize(misc));
-  SaveJsonToFile(kRadioDocument, Serialize(radio_settings));
-  SaveJsonToFile(kWPSDocument, Serialize(wps));
-  SaveJsonToFile(kNetworkDocumentPrefix + topology, Serialize(networks));
+  Save(kMiscDocument, misc);
+  SaveEach(kRadioDocument, radio_settings);
+  Save(kWPSDocument, wps);
+  SaveEach(kNetworkDocumentPrefix + topology, networks);
 
   ArchiveLegacyFiles(legacy_files);
 }

@@ -10,6 +10,7 @@
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
 #include "migration/document_paths.h"
+#include "migration/global_values.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
 #include "platform/records/global_data.h"
@@ -17,7 +18,6 @@
 namespace KELP::Wifi::Updater {
 namespace {
 
-namespace JsonUtil = Util::JsonUtil;
 using Util::SupportedModel;
 
 constexpr const char* kModelFile = "/usr/kelp/etc/wifi/model.json";
@@ -32,19 +32,21 @@ void RequireOldFiles() {
 }
 
 std::set<SupportedModel> ReadConnectedModels() {
-  const Json::Value names = JsonUtil::GetArray(JsonUtil::LoadJsonFromFile(kModelFile), "connected_models");
+  const Json::Value names =
+      Util::JsonUtil::GetArray(Util::JsonUtil::LoadJsonFromFile(kModelFile), "connected_models");
   std::set<SupportedModel> models;
   for (const Json::Value& name : names) models.insert(ToSupportedModel(name.asString()));
   return models;
 }
 
 CountryCode ReadCountryCode() {
-  return ToCountryCode(JsonUtil::GetString(JsonUtil::LoadJsonFromFile(kCountryFile), "country_code"));
+  return ToCountryCode(
+      Util::JsonUtil::GetString(Util::JsonUtil::LoadJsonFromFile(kCountryFile), "country_code"));
 }
 
 bool ReadBackhaulSwap() {
   const Json::Value bands =
-      JsonUtil::GetArray(JsonUtil::LoadJsonFromFile(kBackhaulFile), "radio_frequencies");
+      Util::JsonUtil::GetArray(Util::JsonUtil::LoadJsonFromFile(kBackhaulFile), "radio_frequencies");
   for (const Json::Value& band : bands) {
     const std::string name = band.asString();
     if (name == "Band5GHz_2") return true;
@@ -62,13 +64,15 @@ void Migrate13GlobalFiles(const UpdateContext& /*context*/) {
   const bool backhaul_swapped = ReadBackhaulSwap();
 
   Daemon::GlobalData data;
-  data.SetLogLevel(Util::LogLevel{2});
+  data.SetLogLevel(kMigratedLogLevel);
   data.SetDefaultModel(GetSupportedModel());
-  const bool is_repeater = ReadLegacyValue(kMeshRoleFile, "role", "") == "re";
-  data.SetMeshInfo({connected_models, is_repeater});
-  data.SetCountryCodeSetting({country});
+  MeshInfo mesh;
+  mesh.connectedModels = connected_models;
+  mesh.isRepeater = ReadLegacyValue(kMeshRoleFile, "role", "") == "re";
+  data.SetMeshInfo(mesh);
+  data.SetCountryCodeSetting(SettingOf(country));
   data.SetBackhaulSwapped(backhaul_swapped);
-  JsonUtil::SaveJsonToFile(kGlobalDocument, Util::JsonSerializer::Serialize(data));
+  Util::JsonUtil::SaveJsonToFile(kGlobalDocument, Util::JsonSerializer::Serialize<Daemon::GlobalData>(data));
 
   FlushDirectory(kDocumentFolder);  // before what the document was made from goes
   std::filesystem::remove(kModelFile);

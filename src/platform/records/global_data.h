@@ -5,7 +5,6 @@
 #include <set>
 
 #include "platform/records/country_code.h"
-#include "platform/records/record_traits.h"
 #include "platform/records/supported_model.h"
 
 namespace KELP::Wifi::Util {
@@ -16,11 +15,6 @@ enum class LogLevel : std::int32_t {};
 }  // namespace KELP::Wifi::Util
 
 namespace KELP::Wifi {
-
-template <>
-inline constexpr bool kWrittenByName<CountryCode> = true;
-template <>
-inline constexpr bool kWrittenByName<Util::SupportedModel> = true;
 
 struct CountryCodeSetting {
   CountryCode countryCode{};

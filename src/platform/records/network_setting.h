@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "platform/records/feature_setting.h"
-#include "platform/records/record_traits.h"
 
 namespace KELP::Wifi {
 
@@ -24,8 +23,5 @@ struct NetworkSetting {
   bool operator==(const NetworkSetting&) const = default;
 };
 BOOST_DESCRIBE_STRUCT(NetworkSetting, (), (number, name, kind, smartConnect, allBands, featureSettings))
-
-template <>
-inline constexpr bool kWrittenInPlace<&NetworkSetting::allBands> = true;
 
 }  // namespace KELP::Wifi

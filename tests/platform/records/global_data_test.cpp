@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json_serializer.h"
+#include "platform/stand_in/json/record_json.h"
 #include "tests/platform/country_names.h"
 #include "tests/support/json_text.h"
 
@@ -12,8 +12,6 @@ namespace {
 using testing_support::ParseJson;
 using Util::LogLevel;
 using Util::SupportedModel;
-using Util::JsonSerializer::Deserialize;
-using Util::JsonSerializer::Serialize;
 
 GlobalData Sample() {
   GlobalData data;
@@ -26,7 +24,7 @@ GlobalData Sample() {
 }
 
 TEST(GlobalData, DocumentHasItsMembersByTheirNamesAndKinds) {
-  EXPECT_EQ(Serialize(Sample()), ParseJson(R"({
+  EXPECT_EQ(ToJson(Sample()), ParseJson(R"({
     "logLevel": 2,
     "defaultModel": "CEDAR",
     "meshInfo": {"connectedModels": ["LOTUS"], "isRepeater": true},
@@ -38,7 +36,7 @@ TEST(GlobalData, DocumentHasItsMembersByTheirNamesAndKinds) {
 TEST(GlobalData, WithoutConnectedModelsHasAnEmptyArray) {
   GlobalData data = Sample();
   data.SetMeshInfo({});
-  EXPECT_EQ(Serialize(data)["meshInfo"], ParseJson(R"({"connectedModels": [], "isRepeater": false})"));
+  EXPECT_EQ(ToJson(data)["meshInfo"], ParseJson(R"({"connectedModels": [], "isRepeater": false})"));
 }
 
 TEST(GlobalData, ConnectedModelsStandInTheOrderOfTheirSignedValues) {
@@ -46,7 +44,7 @@ TEST(GlobalData, ConnectedModelsStandInTheOrderOfTheirSignedValues) {
   data.SetMeshInfo({.connectedModels = {SupportedModel::CEDAR, SupportedModel::ORCHID, SupportedModel::Error,
                                         SupportedModel::MAPLE, SupportedModel::LOTUS, SupportedModel::ORCHID},
                     .isRepeater = false});
-  EXPECT_EQ(Serialize(data)["meshInfo"]["connectedModels"],
+  EXPECT_EQ(ToJson(data)["meshInfo"]["connectedModels"],
             ParseJson(R"(["Error", "ORCHID", "LOTUS", "MAPLE", "CEDAR"])"));
 }
 
@@ -59,9 +57,9 @@ TEST(GlobalData, ReadsBackForEveryModelAndEveryCountry) {
       data.SetDefaultModel(model);
       data.SetMeshInfo({.connectedModels = {model}, .isRepeater = false});
       data.SetCountryCodeSetting({static_cast<CountryCode>(country)});
-      const Json::Value json = Serialize(data);
+      const Json::Value json = ToJson(data);
       ASSERT_EQ(json["countryCodeSetting"]["countryCode"], Json::Value(std::string(kCountryNames[country])));
-      ASSERT_EQ(Deserialize<GlobalData>(json), data) << json.toStyledString();
+      ASSERT_EQ(FromJson<GlobalData>(json), data) << json.toStyledString();
     }
   }
 }

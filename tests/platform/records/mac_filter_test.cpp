@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json_serializer.h"
+#include "platform/stand_in/json/record_json.h"
 #include "tests/support/json_text.h"
 
 namespace KELP::Wifi {
 namespace {
 
 using testing_support::ParseJson;
-using Util::JsonSerializer::Serialize;
 
 TEST(MACFilterProfile, DocumentHasItsMembersByTheirNamesAndKinds) {
   const MACFilterProfile profile{.id = 2,
@@ -17,7 +16,7 @@ TEST(MACFilterProfile, DocumentHasItsMembersByTheirNamesAndKinds) {
                                  .policy = MACFilterPolicy::Deny,
                                  .devices = {{"Tom", Util::MACAddress("00-11-22-AA-BB-CC")},
                                              {"", Util::MACAddress("ff:ff:ff:ff:ff:ff")}}};
-  EXPECT_EQ(Serialize(profile), ParseJson(R"({
+  EXPECT_EQ(ToJson(profile), ParseJson(R"({
     "id": 2,
     "name": "Primary Network - Deny",
     "policy": 1,
@@ -27,7 +26,7 @@ TEST(MACFilterProfile, DocumentHasItsMembersByTheirNamesAndKinds) {
 
 TEST(MACFilterProfile, AllowIsPolicyZero) {
   const MACFilterProfile profile{.id = 0, .name = "x", .policy = MACFilterPolicy::Allow, .devices = {}};
-  EXPECT_EQ(Serialize(profile), ParseJson(R"({"id": 0, "name": "x", "policy": 0, "devices": []})"));
+  EXPECT_EQ(ToJson(profile), ParseJson(R"({"id": 0, "name": "x", "policy": 0, "devices": []})"));
 }
 
 }  // namespace

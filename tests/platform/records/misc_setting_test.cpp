@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json_serializer.h"
+#include "platform/stand_in/json/record_json.h"
 #include "tests/support/json_text.h"
 
 namespace KELP::Wifi::Daemon {
 namespace {
 
 using testing_support::ParseJson;
-using Util::JsonSerializer::Serialize;
 
 TEST(MiscSetting, DocumentHasItsMembersByTheirNamesAndKinds) {
   const MACFilterDevice device{"Tom", Util::MACAddress("00:11:22:aa:bb:cc")};
@@ -17,7 +16,7 @@ TEST(MiscSetting, DocumentHasItsMembersByTheirNamesAndKinds) {
       .netTopology = "bridge",
       .broadcastDetect = {.devices = {device}, .enabled = true, .threshold = 100},
       .macFilterProfiles = {{.id = 0, .name = "p", .policy = MACFilterPolicy::Allow, .devices = {device}}}};
-  EXPECT_EQ(Serialize(setting), ParseJson(R"({
+  EXPECT_EQ(ToJson(setting), ParseJson(R"({
     "netTopology": "bridge",
     "broadcastDetect": {"devices": [{"name": "Tom", "mac": "00:11:22:aa:bb:cc"}], "enabled": true, "threshold": 100},
     "macFilterProfiles": [
@@ -27,7 +26,7 @@ TEST(MiscSetting, DocumentHasItsMembersByTheirNamesAndKinds) {
 }
 
 TEST(MiscSetting, EmptyListsAreEmptyArrays) {
-  EXPECT_EQ(Serialize(MiscSetting{}), ParseJson(R"({
+  EXPECT_EQ(ToJson(MiscSetting{}), ParseJson(R"({
     "netTopology": "",
     "broadcastDetect": {"devices": [], "enabled": false, "threshold": 0},
     "macFilterProfiles": []

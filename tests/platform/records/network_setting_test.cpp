@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/json_serializer.h"
+#include "platform/stand_in/json/record_json.h"
 #include "tests/platform/records/sample_feature.h"
 #include "tests/support/json_text.h"
 
@@ -12,7 +12,6 @@ namespace {
 using testing_support::kSampleFeatureMembers;
 using testing_support::ParseJson;
 using testing_support::SampleFeature;
-using Util::JsonSerializer::Serialize;
 
 TEST(NetworkSetting, DocumentHasTheAllBandsMembersInItsOwnObject) {
   const NetworkSetting setting{.number = 1,
@@ -21,15 +20,15 @@ TEST(NetworkSetting, DocumentHasTheAllBandsMembersInItsOwnObject) {
                                .smartConnect = true,
                                .allBands = SampleFeature(),
                                .featureSettings = {SampleFeature(), SampleFeature()}};
-  EXPECT_EQ(Serialize(setting),
+  EXPECT_EQ(ToJson(setting),
             ParseJson(R"({"number": 1, "name": "Guest Network", "kind": 1, "smartConnect": true,)" +
                       kSampleFeatureMembers + R"(, "featureSettings": [{)" + kSampleFeatureMembers + "}, {" +
                       kSampleFeatureMembers + "}]}"));
 }
 
 TEST(NetworkSetting, PrimaryNetworkIsKindZero) {
-  EXPECT_EQ(Serialize(NetworkSetting{})["kind"], Json::Value(0));
-  EXPECT_EQ(Serialize(NetworkSetting{})["featureSettings"], Json::Value(Json::arrayValue));
+  EXPECT_EQ(ToJson(NetworkSetting{})["kind"], Json::Value(0));
+  EXPECT_EQ(ToJson(NetworkSetting{})["featureSettings"], Json::Value(Json::arrayValue));
 }
 
 }  // namespace
