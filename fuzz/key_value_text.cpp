@@ -1,6 +1,4 @@
-// The key=value reader, on the text itself and through a file. Input: the key to ask for, a LF, the text.
-#include "platform/stand_in/text/key_value_text.h"
-
+// The key=value reader. Input: the key to ask for, a LF, the text of the file.
 #include <cstdint>
 #include <exception>
 #include <map>
@@ -34,19 +32,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string asked = input.TakeLine();
   const std::string text = input.TakeRest();
   file.Write(text);
-  const KELP::Wifi::KeyValueText entries(text);
 
   const std::map<std::string, std::string> all_expected = fuzz::PlainEntries(text);
 
   const auto check = [&](const std::string& key) {
     const auto known = all_expected.find(key);
     const auto expected = known == all_expected.end() ? std::nullopt : std::optional(known->second);
-    FUZZ_CHECK(entries.Find(key) == expected);
     FUZZ_CHECK(FindInFile(file.Path(), key) == expected);
     FUZZ_CHECK(KELP::Wifi::Updater::ReadLegacyValue(file.Path(), key, "default") ==
                expected.value_or("default"));
   };
-  for (const auto& [key, value] : all_expected) FUZZ_CHECK(entries.Find(key) == value);
+  for (const auto& [key, value] : all_expected) FUZZ_CHECK(FindInFile(file.Path(), key) == value);
   check(asked);
   check(asked + "=" + asked);
   check("");

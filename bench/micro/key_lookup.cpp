@@ -6,27 +6,12 @@
 #include "bench/micro/samples.h"
 #include "bench/micro/scratch_file.h"
 #include "platform/sdk_utils.h"
-#include "platform/stand_in/text/key_value_text.h"
 
 namespace {
 
 std::string LastKey(std::size_t keys) {
   return "key_" + std::to_string(keys - 1);
 }
-
-void FindInText(benchmark::State& state) {
-  const auto keys = static_cast<std::size_t>(state.range(0));
-  const KELP::Wifi::KeyValueText text(bench::KeyValueFile(keys));
-  const std::string key = LastKey(keys);
-  for (auto iteration : state) benchmark::DoNotOptimize(text.Find(key));
-}
-BENCHMARK(FindInText)->Arg(10)->Arg(80);
-
-void ParseText(benchmark::State& state) {
-  const std::string bytes = bench::KeyValueFile(static_cast<std::size_t>(state.range(0)));
-  for (auto iteration : state) benchmark::DoNotOptimize(KELP::Wifi::KeyValueText(bytes));
-}
-BENCHMARK(ParseText)->Arg(10)->Arg(80);
 
 void ReadFromRememberedFile(benchmark::State& state) {
   const auto keys = static_cast<std::size_t>(state.range(0));

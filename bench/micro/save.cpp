@@ -23,4 +23,13 @@ void SaveNetwork(benchmark::State& state) {
 }
 BENCHMARK(SaveNetwork);
 
+void SaveFilters(benchmark::State& state) {
+  const bench::ScratchFile file("");
+  const auto stations = static_cast<std::size_t>(state.range(0));
+  const Json::Value value = KELP::Wifi::Util::JsonSerializer::Serialize(bench::Filters(stations));
+  for (auto iteration : state) KELP::Wifi::Util::JsonUtil::SaveJsonToFile(file.Path(), value);
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(SaveFilters)->RangeMultiplier(10)->Range(32, 32'000)->Complexity(benchmark::oN);
+
 }  // namespace

@@ -6,18 +6,10 @@
 #include "bench/micro/samples.h"
 #include "bench/micro/scratch_file.h"
 #include "platform/section_files.h"
-#include "platform/stand_in/text/section_text.h"
 
 namespace {
 
 constexpr std::size_t kCapacity = 8192;
-
-void CutIntoSections(benchmark::State& state) {
-  const std::string bytes = bench::FilterList(static_cast<std::size_t>(state.range(0)));
-  for (auto iteration : state) benchmark::DoNotOptimize(KELP::Wifi::SectionText(bytes).Names().size());
-  state.SetComplexityN(state.range(0));
-}
-BENCHMARK(CutIntoSections)->RangeMultiplier(10)->Range(32, 32'000)->Complexity(benchmark::oN);
 
 void LoadEachSection(benchmark::State& state) {
   const bench::ScratchFile file(bench::FilterList(static_cast<std::size_t>(state.range(0))));

@@ -1,13 +1,11 @@
-// Records to JSON values, and JSON values to the text of a document.
+// Records to JSON values.
 #include <benchmark/benchmark.h>
 
 #include "bench/micro/samples.h"
 #include "platform/json_serializer.h"
-#include "platform/stand_in/json/json_text.h"
 
 namespace {
 
-using KELP::Wifi::ToIndentedText;
 using KELP::Wifi::Util::JsonSerializer::Serialize;
 
 void SerializeNetwork(benchmark::State& state) {
@@ -16,24 +14,11 @@ void SerializeNetwork(benchmark::State& state) {
 }
 BENCHMARK(SerializeNetwork);
 
-void PrintNetwork(benchmark::State& state) {
-  const Json::Value value = Serialize(bench::Network());
-  for (auto iteration : state) benchmark::DoNotOptimize(ToIndentedText(value));
-}
-BENCHMARK(PrintNetwork);
-
 void SerializeFilters(benchmark::State& state) {
   const KELP::Wifi::Daemon::MiscSetting misc = bench::Filters(static_cast<std::size_t>(state.range(0)));
   for (auto iteration : state) benchmark::DoNotOptimize(Serialize(misc));
   state.SetComplexityN(state.range(0));
 }
 BENCHMARK(SerializeFilters)->RangeMultiplier(10)->Range(32, 32'000)->Complexity(benchmark::oN);
-
-void PrintFilters(benchmark::State& state) {
-  const Json::Value value = Serialize(bench::Filters(static_cast<std::size_t>(state.range(0))));
-  for (auto iteration : state) benchmark::DoNotOptimize(ToIndentedText(value));
-  state.SetComplexityN(state.range(0));
-}
-BENCHMARK(PrintFilters)->RangeMultiplier(10)->Range(32, 32'000)->Complexity(benchmark::oN);
 
 }  // namespace
