@@ -43,6 +43,16 @@ std::vector<Finding> FindIn(const RunResult& run) {
   Findings findings;
   FindAboutRun(rehearsal, findings);
   FindAboutDevice(rehearsal, findings);
+  if (rehearsal.IsWholeMigration()) {
+    FindAboutFiles(rehearsal, findings);
+    FindAboutNetworks(rehearsal, findings);
+    FindAboutSecrets(rehearsal, findings);
+    FindAboutProtection(rehearsal, findings);
+    FindAboutFilters(rehearsal, findings);
+    FindAboutGuests(rehearsal, findings);
+    FindAboutRadios(rehearsal, findings);
+    FindAboutWords(rehearsal, findings);
+  }
   return findings.Take();
 }
 

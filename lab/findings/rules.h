@@ -27,5 +27,21 @@ class Findings {
 void FindAboutRun(const Rehearsal& rehearsal, Findings& findings);
 /// What the whole device is: country, mesh, topology, USB 3.
 void FindAboutDevice(const Rehearsal& rehearsal, Findings& findings);
+/// Legacy files as such: missing, or with line ends of another system.
+void FindAboutFiles(const Rehearsal& rehearsal, Findings& findings);
+/// The networks' names and whether they are on.
+void FindAboutNetworks(const Rehearsal& rehearsal, Findings& findings);
+/// Passwords, shared secrets, their key, and the WPS PIN.
+void FindAboutSecrets(const Rehearsal& rehearsal, Findings& findings);
+/// Security, protected frames, the authentication server, isolation.
+void FindAboutProtection(const Rehearsal& rehearsal, Findings& findings);
+/// The MAC filter and broadcast detection.
+void FindAboutFilters(const Rehearsal& rehearsal, Findings& findings);
+/// The guests' access and the schedule of their password.
+void FindAboutGuests(const Rehearsal& rehearsal, Findings& findings);
+/// The radios' own settings, and those that smart connect takes from them.
+void FindAboutRadios(const Rehearsal& rehearsal, Findings& findings);
+/// Flags and numbers of which nothing above tells.
+void FindAboutWords(const Rehearsal& rehearsal, Findings& findings);
 
 }  // namespace lab

@@ -21,6 +21,11 @@ TEST(FindFile, FindsRegularFilesOnly) {
   EXPECT_EQ(FindFile(tree, "/none/file"), nullptr);
 }
 
+TEST(FindFile, NeedsNoEntryOfTheFoldersOnTheWay) {
+  const Tree tree{{"/etc/file", kFile}};
+  EXPECT_EQ(FindFile(tree, "/etc/file"), &tree.at("/etc/file"));
+}
+
 TEST(FindFile, FollowsLinksOnTheWayAndAtTheEnd) {
   const Tree tree{{"/data", kFolder},
                   {"/data/wifi", kFolder},

@@ -1,0 +1,111 @@
+#include <sodium.h>
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lab/findings/places.h"
+#include "lab/findings/rules.h"
+
+namespace lab {
+namespace {
+
+constexpr int kCannotOpenSecret = 589;
+constexpr int kOpen = 0;
+constexpr int kOWE = 1;
+constexpr int kFirstEnterprise = 8;
+constexpr int kLastEnterprise = 11;
+
+constexpr std::size_t kHexDigitsOfKey = 64;
+
+bool NeedsSecret(int security) {
+  return security != kOpen && security != kOWE;
+}
+
+std::string_view SecretKeyOf(int security) {
+  const bool is_enterprise = security >= kFirstEnterprise && security <= kLastEnterprise;
+  return is_enterprise ? "auth_server_shared_secret" : "password";
+}
+
+bool AreHexDigits(std::string_view text) {
+  return text.size() == kHexDigitsOfKey &&
+         std::ranges::all_of(text, [](unsigned char byte) { return std::isxdigit(byte) != 0; });
+}
+
+/// Whether the text could be a sealed one by its form. A key of 64 hexadecimal digits is base64 as well.
+bool LooksSealed(const std::string& stored) {
+  const auto is_high = [](unsigned char byte) { return byte > 0x7F; };
+  // The decoder of an older release of the library takes high bytes for digits.
+  if (AreHexDigits(stored) || std::ranges::any_of(stored, is_high)) return false;
+  std::vector<unsigned char> bytes(stored.size());
+  std::size_t size = 0;
+  const int result = sodium_base642bin(bytes.data(), bytes.size(), stored.data(), stored.size(), nullptr,
+                                       &size, nullptr, sodium_base64_VARIANT_ORIGINAL);
+  return result == 0 && size >= crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
+}
+
+/// What was found of the secrets that the networks need.
+struct Opened {
+  int lost = 0;
+  int kept = 0;
+};
+
+void FindPassword(const Place& place, Findings& findings, Opened& opened) {
+  const Json::Value& now = *place.radio.now;
+  const int security = NumberIn(now, "security", kOpen);
+  const std::string_view key = SecretKeyOf(security);
+  const std::string stored = place.Was(key).value_or("");
+  const bool has_secret = !TextIn(now, "password").empty();
+  if (has_secret) ++opened.kept;
+  if (has_secret || !NeedsSecret(security)) return;
+  if (!stored.empty() && LooksSealed(stored)) ++opened.lost;
+  if (!stored.empty() || FlagIn(now, "enabled")) {
+    findings.Add("password-lost",
+                 place.ToldWithoutWord(key) + (stored.empty() ? " is empty or missing" : ""));
+  }
+}
+
+void FindUnsealed(const Place& place, Findings& findings) {
+  for (const char* key : {"password", "auth_server_shared_secret"}) {
+    const std::string stored = place.Was(key).value_or("");
+    if (!stored.empty() && !LooksSealed(stored)) findings.Add("secret-unsealed", place.ToldWithoutWord(key));
+  }
+}
+
+void FindKey(const Rehearsal& rehearsal, const Opened& opened, Findings& findings) {
+  if (opened.lost == 0 || !rehearsal.Logged(kCannotOpenSecret)) return;
+  std::string_view key = rehearsal.TextOf(kSecretKeyFile);
+  if (key.ends_with('\n')) key.remove_suffix(1);
+  if (!rehearsal.Had(kSecretKeyFile)) {
+    findings.Add("secret-key-unusable", "secret.key is missing");
+  } else if (!AreHexDigits(key)) {
+    findings.Add("secret-key-unusable", "secret.key is no key of 64 hexadecimal digits");
+  } else if (opened.kept == 0 && opened.lost > 1) {
+    findings.Add("secret-key-unusable", "secret.key opens none of the secrets");
+  }
+}
+
+void FindPin(const Rehearsal& rehearsal, Findings& findings) {
+  const Json::Value* const wps = rehearsal.Document("wps.json");
+  if (wps == nullptr || !FlagIn(*wps, "pin_enabled")) return;
+  const std::optional<std::string> stored = rehearsal.Was(kWPSFile, "wps_ap_pin");
+  if (!stored)
+    findings.Add("wps-pin-changed", "wifi_wps: wps_ap_pin is missing; the device's own PIN counts");
+  if (stored && stored->empty()) findings.Add("wps-pin-changed", "wifi_wps: wps_ap_pin is empty");
+}
+
+}  // namespace
+
+void FindAboutSecrets(const Rehearsal& rehearsal, Findings& findings) {
+  Opened opened;
+  ForEachPlace(rehearsal, [&](const Place& place) {
+    FindPassword(place, findings, opened);
+    FindUnsealed(place, findings);
+  });
+  FindKey(rehearsal, opened, findings);
+  FindPin(rehearsal, findings);
+}
+
+}  // namespace lab

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "lab/households/rehearsal.h"
+
+namespace lab {
+
+/// A network's settings on one radio, as the rules look at them.
+struct Place {
+  const NetworkPart& network;
+  const RadioPart& radio;
+  const Rehearsal& rehearsal;
+
+  /// What stood under the setting's key for this network.
+  std::optional<std::string> Was(std::string_view key) const {
+    return rehearsal.Was(radio.file, network.Key(key));
+  }
+  /// "wifi_ap_...: guest_security=word", for a finding; "... is missing" where there was none.
+  std::string Told(std::string_view key) const;
+  /// As Told, without the word: for secrets.
+  std::string ToldWithoutWord(std::string_view key) const;
+};
+
+/// Calls `visit` for each network on each radio (all bands included) whose access-point file was there.
+void ForEachPlace(const Rehearsal& rehearsal, const std::function<void(const Place&)>& visit);
+
+/// "mf.info: policy=word", or "mf.info: policy is missing".
+std::string ToldOf(const Rehearsal& rehearsal, const std::string& file, std::string_view key);
+
+/// The name of the file at `path` without its folder.
+std::string NameOf(const std::string& path);
+
+/// Whether a flag's word is neither yes nor no nor empty, exactly.
+bool IsUnclearFlag(const std::optional<std::string>& word);
+
+}  // namespace lab
