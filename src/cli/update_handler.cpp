@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "base/log.h"
+#include "base/run.h"
 #include "cli/console.h"
 #include "legacy/device_facts.h"
 #include "migration/migrate_125_to_13.h"
@@ -26,6 +27,7 @@ UpdateContext GatherContext(const std::string& build_number) {
 
 int UpdateConfig(const std::string& build_number) {
   try {
+    const RunUnderWay run;
     DispatchUpdate(GatherContext(build_number));
     return 0;
   } catch (const std::exception& error) {

@@ -13,6 +13,7 @@
 #include <system_error>
 #include <thread>
 
+#include "base/run.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/support/without_file_privileges.h"
@@ -145,6 +146,25 @@ TEST(FileGetKeyValue, AThousandReadsOpenTheFileOnce) {
     ASSERT_THROW(FileGetKeyValue(kFile, "missing"), std::runtime_error);
   }
   EXPECT_EQ(opened.Get(), 1);
+}
+
+TEST(FileGetKeyValue, AnswersOneRunForTheFilesAsItFoundThem) {
+  lab::PrivateRoot device;
+  device.Write(kFile, "key=value\n");
+  const lab::InRoot inside(device);
+  for (const char* value : {"value", "second"}) {
+    device.Write(kFile, std::string("key=") + value + "\n");
+    const RunUnderWay run;
+    ASSERT_EQ(FileGetKeyValue(kFile, "key"), value);
+    ASSERT_THROW(FileGetKeyValue("/etc/missing", "key"), std::system_error);
+    device.Write(kFile, "key=other\nnew=1\n");
+    device.Write("/etc/missing", "key=other\n");
+    EXPECT_EQ(FileGetKeyValue(kFile, "key"), value);
+    EXPECT_THROW(FileGetKeyValue(kFile, "new"), std::runtime_error);
+    EXPECT_THROW(FileGetKeyValue("/etc/missing", "key"), std::system_error);
+    device.Remove("/etc/missing");
+  }
+  EXPECT_EQ(FileGetKeyValue(kFile, "key"), "other");
 }
 
 TEST(InfoGetKeyValue, ReadsTheInformationStore) {

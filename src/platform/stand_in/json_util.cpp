@@ -9,6 +9,7 @@
 
 #include "base/durable_file.h"
 #include "base/file_content.h"
+#include "base/run.h"
 #include "platform/stand_in/json/json_text.h"
 
 namespace KELP::Wifi::Util::JsonUtil {
@@ -51,6 +52,7 @@ Json::Value LoadJsonFromFile(const std::string& path) {
 }
 
 void SaveJsonToFile(const std::string& path, const Json::Value& document) {
+  TrustNoFileReadSoFar();
   ReplaceFile(path, ToIndentedText(document) + '\n');
 }
 

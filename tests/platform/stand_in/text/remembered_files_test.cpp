@@ -14,6 +14,7 @@
 #include <system_error>
 #include <thread>
 
+#include "base/run.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 
@@ -51,6 +52,21 @@ class RememberedFilesTest : public ::testing::Test {
   static void Settle() { std::this_thread::sleep_for(std::chrono::milliseconds(50)); }
 
   std::string Get(const std::string& path = kFile) { return files_.Get(path).bytes; }
+
+  /// What comes of asking for "/file".
+  std::string Report() {
+    try {
+      return "read " + Get("/file");
+    } catch (const std::system_error& error) {
+      return error.what();
+    }
+  }
+  void ExpectTriedAgain(const char* path) {
+    EXPECT_THROW(Get(path), std::system_error) << path;
+    ASSERT_EQ(std::remove(path), 0);
+    Write(path, "one");
+    EXPECT_EQ(Get(path), "one") << path;
+  }
 
   lab::PrivateRoot device_;
   RememberedFiles<Counted> files_;
@@ -254,6 +270,98 @@ TEST_F(RememberedFilesTest, MissingFileIsNotRememberedAsMissing) {
   EXPECT_THROW(Get("/file"), std::system_error);
   Write("/file", "one");
   EXPECT_EQ(Get("/file"), "one");
+}
+
+// Within a run
+
+TEST_F(RememberedFilesTest, FileThatChangesInARunIsTrusted) {
+  device_.Write(kFile, "one");
+  const lab::InRoot inside(device_);
+  const RunUnderWay run;
+  ASSERT_EQ(Get(), "one");
+  Write(kFile, "three");
+  EXPECT_EQ(Get(), "one");
+  ASSERT_EQ(::unlink(kFile), 0);
+  EXPECT_EQ(Get(), "one");
+  EXPECT_EQ(Counted::made, 1);
+}
+
+TEST_F(RememberedFilesTest, FileThatWasReadBeforeTheRunIsLookedAtOnceMore) {
+  device_.Write(kFile, "one");
+  const lab::InRoot inside(device_);
+  Settle();
+  ASSERT_EQ(Get(), "one");
+  Write(kFile, "three");
+  const RunUnderWay run;
+  EXPECT_EQ(Get(), "three");
+  Write(kFile, "eleven");
+  EXPECT_EQ(Get(), "three");
+}
+
+TEST_F(RememberedFilesTest, UnchangedFileThatWasReadBeforeTheRunIsTrustedOnceItWasLookedAt) {
+  device_.Write(kFile, "one");
+  const lab::InRoot inside(device_);
+  Settle();
+  ASSERT_EQ(Get(), "one");
+  const RunUnderWay run;
+  EXPECT_EQ(Get(), "one");
+  Write(kFile, "three");
+  EXPECT_EQ(Get(), "one");
+  EXPECT_EQ(Counted::made, 1);
+}
+
+TEST_F(RememberedFilesTest, FileIsReadAnewInTheNextRunAndBehindTheLast) {
+  device_.Write(kFile, "one");
+  const lab::InRoot inside(device_);
+  {
+    const RunUnderWay run;
+    ASSERT_EQ(Get(), "one");
+    Write(kFile, "three");
+  }
+  {
+    const RunUnderWay run;
+    EXPECT_EQ(Get(), "three");
+    Write(kFile, "eleven");
+    EXPECT_EQ(Get(), "three");
+  }
+  EXPECT_EQ(Get(), "eleven");
+}
+
+TEST_F(RememberedFilesTest, MissingFileIsMissingForTheRunAndReportedAlike) {
+  const lab::InRoot inside(device_);
+  {
+    const RunUnderWay run;
+    EXPECT_EQ(Report(), "cannot read /file: No such file or directory");
+    Write("/file", "one");
+    EXPECT_EQ(Report(), "cannot read /file: No such file or directory");
+  }
+  {
+    const RunUnderWay run;
+    EXPECT_EQ(Report(), "read one");
+  }
+}
+
+TEST_F(RememberedFilesTest, FileThatCannotBeReadIsTriedAgainInTheRun) {
+  device_.MakeFifo("/etc/fifo");
+  device_.Link("/etc/loop", "/etc/loop");
+  device_.MakeDirectory("/etc/folder");
+  const lab::InRoot inside(device_);
+  const RunUnderWay run;
+  for (const char* path : {"/etc/fifo", "/etc/loop", "/etc/folder"}) ExpectTriedAgain(path);
+}
+
+TEST_F(RememberedFilesTest, WhatTheProgramChangesIsNotTrusted) {
+  device_.Write(kFile, "one");
+  const lab::InRoot inside(device_);
+  const RunUnderWay run;
+  ASSERT_EQ(Get(), "one");
+  EXPECT_THROW(Get("/file"), std::system_error);
+  TrustNoFileReadSoFar();
+  ASSERT_EQ(::rename(kFile, "/file"), 0);
+  EXPECT_EQ(Get("/file"), "one");
+  EXPECT_THROW(Get(), std::system_error);
+  Write(kFile, "two");
+  EXPECT_THROW(Get(), std::system_error);  // trusted again: nobody said that it changes
 }
 
 TEST_F(RememberedFilesTest, TextThatIsRefusedIsNotRemembered) {
