@@ -1,6 +1,8 @@
 #include "legacy/legacy_value.h"
 
-#include <stdexcept>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
 
 #include "platform/sdk_utils.h"
 
@@ -15,11 +17,13 @@ std::string ReadLegacyValue(const std::string& file, std::string_view key, std::
 }
 
 std::int32_t ParseLegacyInt(const std::string& text, std::int32_t default_value) {
-  try {
-    return std::stoi(text);
-  } catch (const std::logic_error&) {  // no digits, or out of range
-    return default_value;
-  }
+  constexpr int kDecimal = 10;
+  errno = 0;
+  char* end = nullptr;
+  const long number = std::strtol(text.c_str(), &end, kDecimal);
+  const bool fits = errno != ERANGE && number >= std::numeric_limits<std::int32_t>::min() &&
+                    number <= std::numeric_limits<std::int32_t>::max();
+  return end != text.c_str() && fits ? static_cast<std::int32_t>(number) : default_value;
 }
 
 bool ReadLegacyFlag(const std::string& file, std::string_view key) {

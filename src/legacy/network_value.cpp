@@ -10,7 +10,8 @@ std::string GuestKey(std::string_view key, bool is_guest) {
 }
 
 std::string ReadNetworkValue(const NetworkSource& source, std::string_view key) {
-  return ReadLegacyValue(source.file, GuestKey(key, source.isGuest), "");
+  if (!source.isGuest) return ReadLegacyValue(source.file, key, "");
+  return ReadLegacyValue(source.file, GuestKey(key, true), "");
 }
 
 }  // namespace KELP::Wifi::Updater

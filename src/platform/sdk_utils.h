@@ -9,7 +9,7 @@ namespace KELP::Wifi::Util::SDKUtils {
 /// without one pair of double quotes that encloses the whole value. Keys are compared whole; the first entry
 /// of a key counts.
 ///
-/// Every call answers for the file as it is at that moment. Within a run (base/run.h) it may answer for what
+/// Every call answers for the file as it is at that moment. Within one run of the program it may answer for what
 /// the file was, or that there was none, when the run first asked.
 /// Throws std::system_error when the file is missing, unreadable or no regular file, std::runtime_error when
 /// it has no such key.

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <iterator>
+#include <limits>
 #include <string_view>
 
 namespace KELP::Wifi {
@@ -44,6 +46,11 @@ class TextWriter {
       case Json::nullValue:
         text += "null";
         return;
+      case Json::booleanValue:
+        text += value.asBool() ? "true" : "false";
+        return;
+      case Json::intValue:
+        return WriteNumber(value.asLargestInt());
       default:
         text += value.asString();
     }
@@ -63,8 +70,7 @@ class TextWriter {
       StartElement(member == begin);
       const char* name_end = nullptr;
       const char* const name = member.memberName(&name_end);
-      WriteQuoted({name, name_end});
-      text += " : ";
+      WriteQuoted({name, name_end}, "\" : ");
       Write(*member, true);
     }
     Close('}');
@@ -112,7 +118,13 @@ class TextWriter {
     WriteQuoted({begin, end});
   }
 
-  void WriteQuoted(std::string_view bytes) {
+  void WriteNumber(Json::LargestInt number) {
+    std::array<char, std::numeric_limits<Json::LargestInt>::digits10 + 2> digits;  // and a sign
+    text.append(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
+  }
+
+  /// `end` is the closing quote, and what follows it.
+  void WriteQuoted(std::string_view bytes, std::string_view end = "\"") {
     text += '"';
     while (!bytes.empty()) {
       const auto plain = static_cast<std::size_t>(
@@ -123,7 +135,7 @@ class TextWriter {
       WriteEscaped(bytes.front());
       bytes.remove_prefix(1);
     }
-    text += '"';
+    text += end;
   }
 
   void WriteEscaped(char byte) {
@@ -152,14 +164,11 @@ class TextWriter {
     text += bracket;
   }
 
-  void StartElement(bool is_first) {
-    if (!is_first) text += ',';
-    StartLine();
-  }
+  void StartElement(bool is_first) { text += std::string_view(line_start_).substr(is_first ? 1 : 0); }
 
-  void StartLine() { text += line_start_; }
+  void StartLine() { StartElement(true); }
 
-  std::string line_start_ = "\n";  // and a tab for each level
+  std::string line_start_ = ",\n";  // and a tab for each level; the comma behind an element only
 };
 
 }  // namespace

@@ -64,7 +64,8 @@ void WriteMembers(const T& record, Json::Value& object) {
     if constexpr (kWrittenInPlace<member.pointer>) {
       WriteMembers(value, object);
     } else {
-      object[Json::StaticString(member.name)] = ToJson(value);
+      Json::Value json = ToJson(value);
+      object[Json::StaticString(member.name)].swapPayload(json);  // neither has comments to be swapped
     }
   });
 }

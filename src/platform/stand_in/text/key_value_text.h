@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,13 +24,19 @@ class KeyValueText {
   std::optional<std::string_view> Find(std::string_view key) const;
 
  private:
+  static constexpr std::size_t kKinds = 256;
+  static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
   struct Place {
     std::uint32_t start;  // of the entry's line, and so of its key
-    std::uint32_t key_length;
+    std::uint32_t next;   // of the entries whose key is of the same kind, further down in the file
   };
 
+  static std::size_t KindOf(std::string_view key);
+
   std::string text_;
-  std::vector<Place> entries_;  // in file order
+  std::vector<Place> entries_;               // in file order
+  std::array<std::uint32_t, kKinds> first_;  // of the entries of each kind
 };
 
 }  // namespace KELP::Wifi
