@@ -64,9 +64,10 @@ void WaitForNextTick() {
 
 }  // namespace
 
-Programs Programs::BesideThisOne() {
+Programs Programs::BesideThisOne(const std::filesystem::path& migration) {
   const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-  Programs programs{folder / "kelpwifiupdater", folder / "kelp-failing-services", folder / "tamper"};
+  Programs programs{migration.empty() ? folder / "kelpwifiupdater" : migration,
+                    folder / "kelp-failing-services", folder / "tamper"};
   for (const auto& program : {programs.migration, programs.tamper}) {
     if (!std::filesystem::exists(program))
       throw std::runtime_error(program.string() + " is missing: build it");

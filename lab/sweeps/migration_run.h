@@ -16,9 +16,9 @@ struct Programs {
   std::filesystem::path tamper;
   std::string strace = "/usr/bin/strace";
 
-  /// Those in the folder of the running program. Throws std::runtime_error when the program under test or the
-  /// tamperer is missing; `rules` is there with the stand-in for the platform only.
-  static Programs BesideThisOne();
+  /// Those in the folder of the running program, but `migration` in place of the one there where it is not
+  /// empty. Throws std::runtime_error when the program under test or the tamperer is missing.
+  static Programs BesideThisOne(const std::filesystem::path& migration = {});
 };
 
 /// Below it a device holds generation 1.2.5, whose migration stops where it finds a document.

@@ -23,6 +23,7 @@ namespace {
 struct Request {
   Subject subject;
   bool old_documents = false;
+  std::string program;  // the one beside the sweep where it is empty
   ChoiceLimits limits;
 };
 
@@ -36,7 +37,7 @@ class Sweep {
  public:
   Sweep(Request request, Device device)
       : request_(std::move(request)),
-        programs_(Programs::BesideThisOne()),
+        programs_(Programs::BesideThisOne(request_.program)),
         device_(std::move(device)),
         undisturbed_(Migrate(device_, programs_.migration, programs_.tamper).outcome),
         calls_(RecordMigration(device_, programs_)),
@@ -197,11 +198,12 @@ int SweepAsAsked(int argument_count, char* arguments[]) {
                  "so many states after one operation are all checked");
   app.add_option("--sample", request.limits.sample, "of more, so many are");
   app.add_option("--seed", request.limits.seed, "what the sample is drawn with");
+  app.add_option("--program", request.program, "the program, if not the one beside the sweep");
   app.add_flag("--old-documents", request.old_documents, "begin with documents of an earlier time in place");
   CLI11_PARSE(app, argument_count, arguments);
   EnterNamespaces();
   Device device = ReadDevice(request.subject.image, request.subject.build_number);
-  if (request.old_documents) device = WithOldDocuments(device, Programs::BesideThisOne());
+  if (request.old_documents) device = WithOldDocuments(device, Programs::BesideThisOne(request.program));
   return Sweep(request, std::move(device)).Run() ? 0 : 1;
 }
 

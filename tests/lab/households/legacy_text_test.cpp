@@ -3,7 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/stand_in/text/key_value_text.h"
+#include "platform/sdk_utils.h"
+#include "tests/support/temporary_folder.h"
 
 namespace lab {
 namespace {
@@ -21,10 +22,15 @@ TEST(ParseKeyValueText, GivesEntriesWithTheirLines) {
 
 TEST(ParseKeyValueText, ReadsAsTheDeviceDoes) {
   for (const std::string text : {"a=1\na=2", "a=\"\"", "#a=1\na=\"2", "a\n=a=1", "=x\na==", "\na=1\r\n"}) {
-    const auto device = KELP::Wifi::KeyValueText(text).Find("a");
+    const lab_test::TemporaryFolder folder;
+    folder.Write("file", text);
+    const std::string path = folder.Path() / "file";
     const auto here = FindValue(ParseKeyValueText(text), "a");
-    EXPECT_EQ(here.has_value(), device.has_value()) << text;
-    EXPECT_EQ(here.value_or(""), device.value_or("")) << text;
+    if (here) {
+      EXPECT_EQ(KELP::Wifi::Util::SDKUtils::FileGetKeyValue(path, "a"), *here) << text;
+    } else {
+      EXPECT_THROW(KELP::Wifi::Util::SDKUtils::FileGetKeyValue(path, "a"), std::runtime_error) << text;
+    }
   }
 }
 
