@@ -2,10 +2,12 @@
 // fall-backs.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -46,6 +48,21 @@ std::string FilterList(int devices) {
             number.substr(3, 2) + ":" + number.substr(5, 2) + ":00:00\n";
   }
   return list;
+}
+
+TEST(Limits, LockOfTheBootEnvironmentThatIsNeverLetGoCostsNoMigration) {
+  lab::PrivateRoot device(Image("tri-band-mesh-router"));
+  const std::string lock = device.Path().string() + "/var/lock/fw_printenv.lock";
+  const lab::Descriptor holder(::open(lock.c_str(), O_WRONLY | O_CLOEXEC));
+  ASSERT_EQ(::flock(holder.Get(), LOCK_EX | LOCK_NB), 0);
+  const lab::RunResult run = UpdateFrom(device, "8000");
+  ExpectSuccess(run);
+  const auto is_about_usb3 = [](const lab::LogLine& line) {
+    return line.message.find("kelpwifiupdater:896 Failed to call KELPUSBGetUSB3DisableUbootEnv") !=
+           std::string::npos;
+  };
+  EXPECT_EQ(std::count_if(run.log.begin(), run.log.end(), is_about_usb3), 3);
+  for (const Json::Value& radio : Document(device, "radio.json")) EXPECT_TRUE(radio["usb3Enabled"].asBool());
 }
 
 TEST(Limits, AHundredThousandFilteredDevicesAllArrive) {

@@ -4,17 +4,27 @@
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
 #endif
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <array>
+#include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
+#include "tests/base/small_disk.h"
 #include "tests/support/without_file_privileges.h"
 
 namespace {
@@ -43,6 +53,12 @@ std::string Environment(const std::string& variables, const std::string& header 
   std::string checksum;
   for (unsigned shift = 0; shift < 32; shift += 8) checksum += static_cast<char>(crc >> shift);
   return checksum + header + data;
+}
+
+int LowestFreeDescriptor() {
+  const int descriptor = ::dup(0);
+  ::close(descriptor);
+  return descriptor;
 }
 
 class BootEnvironment : public ::testing::Test {
@@ -76,7 +92,25 @@ class BootEnvironment : public ::testing::Test {
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
   }
 
+  bool WasLibraryAsked() { return device_.Exists("/var/lock/fw_printenv.lock"); }
+
   lab::PrivateRoot device_;
+};
+
+/// Another tool of the boot environment that has the lock of the device.
+class LockHolder {
+ public:
+  explicit LockHolder(const std::string& lock)
+      : file_(::open(lock.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666)) {
+    EXPECT_EQ(::flock(file_, LOCK_EX | LOCK_NB), 0) << "the lock is not free";
+  }
+  LockHolder(const LockHolder&) = delete;
+  LockHolder& operator=(const LockHolder&) = delete;
+  ~LockHolder() { LetGo(); }
+  void LetGo() { ::close(std::exchange(file_, -1)); }
+
+ private:
+  int file_;
 };
 
 TEST_F(BootEnvironment, AbsentVariableIsZero) {
@@ -213,6 +247,21 @@ TEST_F(BootEnvironment, EnvironmentWithoutRoomForAVariableIsZeroOrNegativeButNev
   }
 }
 
+TEST_F(BootEnvironment, LineWithAHashInFrontIsNoEnvironmentWhateverItSays) {
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
+  device_.Write(kConfiguration, "#/dev/missing 0x0 0x1\n/dev/environment 0x0 0x1000\n");
+  EXPECT_EQ(Ask(), 1);
+  // Two of them leave the room for the one that counts.
+  device_.Write(kConfiguration, "#/a 0x0 0x1\n#/b 0x0 0x1\n/dev/environment 0x0 0x3\n");
+  EXPECT_EQ(Ask(), -1);
+}
+
+TEST_F(BootEnvironment, LineEndsAtItsFirstNUL) {
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
+  device_.Write(kConfiguration, "/dev/environment\0x 0x0 0x3\n/dev/environment 0x0 0x1000\n"s);
+  EXPECT_EQ(Ask(), 1);
+}
+
 TEST_F(BootEnvironment, ConfigurationThatIsADirectoryIsNegative) {
   device_.Remove(kConfiguration);
   device_.MakeDirectory(kConfiguration);
@@ -254,6 +303,105 @@ TEST_F(BootEnvironment, TruncatedEnvironmentIsNegative) {
   EXPECT_EQ(Ask(), -1);
 }
 
+TEST_F(BootEnvironment, LockThatIsNeverLetGoIsNegativeAndNothingIsLeftOfTheWait) {
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
+  const int before = LowestFreeDescriptor();
+  {
+    const LockHolder holder(HostPath("/var/lock/fw_printenv.lock"));
+    EXPECT_EQ(Ask(), -1);
+  }
+  EXPECT_EQ(LowestFreeDescriptor(), before);
+  EXPECT_EQ(Ask(), 1);
+  const LockHolder next(HostPath("/var/lock/fw_printenv.lock"));
+}
+
+TEST_F(BootEnvironment, LockThatIsLetGoAfterASecondIsWaitedFor) {
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
+  LockHolder holder(HostPath("/var/lock/fw_printenv.lock"));
+  std::thread other([&] {
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    device_.Write("/dev/environment", Environment("usb3_disable=0\0"s));
+    holder.LetGo();
+  });
+  EXPECT_EQ(Ask(), 0);  // what the holder of the lock has written
+  other.join();
+}
+
+TEST_F(BootEnvironment, SignalDoesNotEndTheWaitForTheLock) {
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  struct sigaction earlier {};
+  ASSERT_EQ(::sigaction(SIGUSR1, &action, &earlier), 0);
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
+  LockHolder holder(HostPath("/var/lock/fw_printenv.lock"));
+  std::thread other([&, waiting = ::pthread_self()] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    ::pthread_kill(waiting, SIGUSR1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    device_.Write("/dev/environment", Environment("usb3_disable=0\0"s));
+    holder.LetGo();
+  });
+  EXPECT_EQ(Ask(), 0);
+  other.join();
+  ::sigaction(SIGUSR1, &earlier, nullptr);
+}
+
+TEST_F(BootEnvironment, FIFOInPlaceOfTheLockOrTheDeviceIsNegative) {
+  device_.MakeFifo("/var/lock/fw_printenv.lock");
+  EXPECT_EQ(Ask(), -1);
+  device_.Remove("/var/lock/fw_printenv.lock");
+  device_.Remove("/dev/environment");
+  device_.MakeFifo("/dev/environment");
+  EXPECT_EQ(Ask(), -1);
+  EXPECT_FALSE(WasLibraryAsked());
+}
+
+TEST_F(BootEnvironment, SocketOrFolderInPlaceOfTheDeviceIsNeverOpened) {
+  device_.Remove("/dev/environment");
+  device_.MakeDirectory("/dev/environment");
+  EXPECT_EQ(Ask(), -1);
+  EXPECT_FALSE(WasLibraryAsked());
+  device_.Remove("/dev/environment");
+  const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  {
+    const lab::InRoot inside(device_);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = "/dev/environment"};
+    ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  }
+  EXPECT_EQ(Ask(), -1);
+  EXPECT_FALSE(WasLibraryAsked());
+  ::close(listener);
+}
+
+class BootEnvironmentOnADevice : private testing_support::OwnMounts, public BootEnvironment {};
+
+TEST_F(BootEnvironmentOnADevice, CharacterDeviceThatIsNoRawFlashIsNeverOpened) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(::unlockpt(terminal), 0);
+  std::array<char, 64> name{};
+  ASSERT_EQ(::ptsname_r(terminal, name.data(), name.size()), 0);
+  const std::string place = HostPath("/dev/environment");
+  for (const std::string device : {"/dev/ptmx", static_cast<const char*>(name.data()), "/dev/zero",
+                                   "/dev/null", "/dev/full", "/dev/random"}) {
+    ASSERT_EQ(::mount(device.c_str(), place.c_str(), nullptr, MS_BIND, nullptr), 0) << device;
+    EXPECT_EQ(Ask(), -1) << device;
+    ASSERT_EQ(::umount2(place.c_str(), MNT_DETACH), 0) << device;
+    EXPECT_FALSE(WasLibraryAsked()) << device;
+  }
+  ::close(terminal);
+}
+
+TEST_F(BootEnvironmentOnADevice, CharacterDeviceIsNeverOpenedAsTheSecondCopyEither) {
+  device_.Write("/dev/second", "");
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x1000\n/dev/second 0x0 0x1000\n");
+  const std::string place = HostPath("/dev/second");
+  ASSERT_EQ(::mount("/dev/zero", place.c_str(), nullptr, MS_BIND, nullptr), 0);
+  EXPECT_EQ(Ask(), -1);
+  ASSERT_EQ(::umount2(place.c_str(), MNT_DETACH), 0);
+  EXPECT_FALSE(WasLibraryAsked());
+}
+
 TEST_F(BootEnvironment, LeavesNothingButItsLockFile) {
   const auto before = device_.Snapshot();
   EXPECT_EQ(Ask(), 0);
@@ -267,16 +415,11 @@ TEST_F(BootEnvironment, LeavesNothingButItsLockFile) {
 }
 
 TEST_F(BootEnvironment, LeavesNoDescriptorOpen) {
-  const auto lowest_free = [] {
-    const int descriptor = ::dup(0);
-    ::close(descriptor);
-    return descriptor;
-  };
-  const int before = lowest_free();
+  const int before = LowestFreeDescriptor();
   for (int i = 0; i < 5; ++i) Ask();
   device_.Remove("/dev/environment");
   for (int i = 0; i < 5; ++i) Ask();
-  EXPECT_EQ(lowest_free(), before);
+  EXPECT_EQ(LowestFreeDescriptor(), before);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdio>
 #include <ctime>
@@ -69,7 +70,7 @@ bool FailingCalls::MustFail(const char* name) {
     }
   }
   busy_ = false;
-  if (fails) errno = error;
+  if (fails && error != 0) errno = error;
   return fails;
 }
 
@@ -169,6 +170,21 @@ int __wrap_clock_gettime(clockid_t clock, timespec* time) {
   return Fails("clock_gettime") ? -1 : __real_clock_gettime(clock, time);
 }
 
+int __real_timer_create(clockid_t clock, sigevent* event, timer_t* timer);
+int __wrap_timer_create(clockid_t clock, sigevent* event, timer_t* timer) {
+  return Fails("timer_create") ? -1 : __real_timer_create(clock, event, timer);
+}
+
+int __real_timer_settime(timer_t timer, int flags, const itimerspec* times, itimerspec* earlier);
+int __wrap_timer_settime(timer_t timer, int flags, const itimerspec* times, itimerspec* earlier) {
+  return Fails("timer_settime") ? -1 : __real_timer_settime(timer, flags, times, earlier);
+}
+
+int __real_timer_delete(timer_t timer);
+int __wrap_timer_delete(timer_t timer) {
+  return Fails("timer_delete") ? -1 : __real_timer_delete(timer);
+}
+
 int __real_sodium_init();
 int __wrap_sodium_init() {
   return Fails("sodium_init") ? -1 : __real_sodium_init();
@@ -177,6 +193,11 @@ int __wrap_sodium_init() {
 int __real_libuboot_initialize(uboot_ctx** context, void* devices);
 int __wrap_libuboot_initialize(uboot_ctx** context, void* devices) {
   return Fails("libuboot_initialize") ? -1 : __real_libuboot_initialize(context, devices);
+}
+
+int __real_libuboot_open(uboot_ctx* context);
+int __wrap_libuboot_open(uboot_ctx* context) {
+  return Fails("libuboot_open") ? -1 : __real_libuboot_open(context);
 }
 
 }  // extern "C"

@@ -16,7 +16,8 @@ class FailingCalls {
   FailingCalls& operator=(const FailingCalls&) = delete;
   ~FailingCalls();
 
-  /// The `nth` call of `name` from now on (1 for the next) fails with `error`; `times` calls in a row do.
+  /// The `nth` call of `name` from now on (1 for the next) fails with `error` (0: without one, errno stays as
+  /// it was); `times` calls in a row do.
   void Fail(const std::string& name, int error, int nth = 1, int times = 1);
   /// Every write takes at most `size` bytes.
   void WriteAtMost(std::size_t size);

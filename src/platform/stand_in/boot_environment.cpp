@@ -5,9 +5,11 @@
 #include <libuboot.h>
 
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -17,6 +19,7 @@
 #include <string_view>
 
 #include "base/file_content.h"
+#include "base/wait_limit.h"
 #include "platform/stand_in/text/entry_lines.h"
 
 namespace {
@@ -29,6 +32,9 @@ constexpr int kHexadecimal = 16;
 constexpr int kMostCopies = 2;                          // the library reads no further
 constexpr unsigned long long kSmallestEnvironment = 6;  // its header and a byte
 constexpr unsigned long long kLargestEnvironment = 16ULL * 1024 * 1024;
+constexpr unsigned kRawFlash = 90;                 // the major number of its character devices
+constexpr std::string_view kVolumes = "/dev/ubi";  // volumes on raw flash have no number of their own
+constexpr std::chrono::seconds kLongestWait{3};    // slow flash has written an environment by then
 
 struct Exit {
   void operator()(uboot_ctx* context) const { libuboot_exit(context); }
@@ -40,10 +46,18 @@ struct Free {
   void operator()(char* text) const { std::free(text); }
 };
 
-/// The library opens what it is pointed at and would wait for a writer at a FIFO, for ever.
-bool NamesFifo(const std::string& path) {
+/// The library opens whatever it is pointed at: it would wait at a terminal or a FIFO, and opening a watchdog
+/// starts it. What is not there, or goes by a name that only the library knows, is its business.
+bool MayBeStorage(const std::string& path) {
   struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+  if (::stat(path.c_str(), &status) != 0) return true;
+  if (S_ISCHR(status.st_mode)) return major(status.st_rdev) == kRawFlash || path.starts_with(kVolumes);
+  return S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
+}
+
+bool IsFIFO(const char* path) {
+  struct stat status {};
+  return ::stat(path, &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
 /// Where an environment lies.
@@ -69,7 +83,8 @@ std::optional<Place> ParseLine(std::string_view line) {
 
 /// The library trusts the size: it reads past the end of an environment that is smaller than its own header.
 bool IsUsable(const Place& place) {
-  return place.size >= kSmallestEnvironment && place.size <= kLargestEnvironment && !NamesFifo(place.device);
+  return place.size >= kSmallestEnvironment && place.size <= kLargestEnvironment &&
+         MayBeStorage(place.device);
 }
 
 bool IsConfigurationUsable() {
@@ -82,14 +97,13 @@ bool IsConfigurationUsable() {
       if (!IsUsable(*place)) return false;
       ++copies;
     }
-    return !NamesFifo(kLock);
+    return !IsFIFO(kLock);
   } catch (const std::exception&) {
     return false;
   }
 }
 
 int AskOnce() {
-  if (!IsConfigurationUsable()) return -1;
   uboot_ctx* made = nullptr;
   if (libuboot_initialize(&made, nullptr) < 0) return -1;
   const std::unique_ptr<uboot_ctx, Exit> context(made);
@@ -107,10 +121,14 @@ int AskOnce() {
 }  // namespace
 
 int KELPUSBGetUSB3DisableUbootEnv() {
+  if (!IsConfigurationUsable()) return -1;
+  const KELP::Wifi::WaitLimit limit(kLongestWait);
+  if (!limit.IsSet()) return -1;
   int answer = -1;
-  do {  // the library takes a read that a signal interrupts for a failed one
+  do {  // the library takes a read that a signal interrupts for a failed one, and goes on without its lock
     errno = 0;
     answer = AskOnce();
-  } while (answer < 0 && errno == EINTR);
+    if (limit.IsOver()) return -1;
+  } while (errno == EINTR);
   return answer;
 }

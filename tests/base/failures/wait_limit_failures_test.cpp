@@ -1,0 +1,52 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "base/wait_limit.h"
+#include "tests/support/failing_calls.h"
+
+namespace KELP::Wifi {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using testing_support::FailingCalls;
+
+bool IsSignalHandled() {
+  struct sigaction action {};
+  ::sigaction(SIGRTMIN, nullptr, &action);
+  return action.sa_handler != SIG_DFL;
+}
+
+TEST(WaitLimitFailures, WithoutATimerItIsNotSetAndTheSignalStaysAsItWas) {
+  for (const char* const call : {"timer_create", "timer_settime"}) {
+    FailingCalls calls;
+    calls.Fail(call, EAGAIN);
+    const WaitLimit limit(1h);
+    EXPECT_FALSE(limit.IsSet()) << call;
+    EXPECT_FALSE(IsSignalHandled()) << call;
+  }
+}
+
+TEST(WaitLimitFailures, LeavesNoTimerBehind) {
+  FailingCalls calls;
+  { const WaitLimit limit(1h); }
+  calls.Fail("timer_settime", EINVAL);
+  { const WaitLimit limit(1h); }
+  EXPECT_THAT(calls.Made({"timer_create", "timer_delete"}),
+              ElementsAre("timer_create", "timer_delete", "timer_create", "timer_delete"));
+}
+
+TEST(WaitLimitFailures, SignalOfATimerThatStaysIsHandledForEver) {
+  {
+    FailingCalls calls;
+    calls.Fail("timer_delete", EINVAL);
+    const WaitLimit limit(1h);
+  }
+  EXPECT_TRUE(IsSignalHandled());
+  ::signal(SIGRTMIN, SIG_DFL);
+}
+
+}  // namespace
+}  // namespace KELP::Wifi
