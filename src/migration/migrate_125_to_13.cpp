@@ -51,11 +51,16 @@ Networks SeedNetworks() {
   return networks;
 }
 
+/// The settings of each radio; the first one whose file switches WPS on gives its band.
 std::vector<RadioSetting> BuildRadioSettings(const UpdateContext& context,
-                                             const std::vector<RadioFrequency>& radios) {
+                                             const std::vector<RadioFrequency>& radios, WPSSetting& wps) {
   std::vector<RadioSetting> settings;
   for (const RadioFrequency radio : radios) {
-    if (radio != kAllBands) settings.push_back(BuildRadioSetting(context, radio));
+    if (radio == kAllBands) continue;
+    settings.push_back(BuildRadioSetting(context, radio));
+    if (wps.enabled) continue;
+    wps.enabled = ReadLegacyFlag(GetAccessPointFilePath(context, radio), "ap_enable_wps");
+    if (wps.enabled) wps.band = radio;
   }
   return settings;
 }
@@ -72,17 +77,6 @@ void SaveEach(const std::string& document, const Records& records) {
     array.append(Util::JsonSerializer::Serialize<typename Records::value_type>(record));
   }
   Util::JsonUtil::SaveJsonToFile(document, array);
-}
-
-/// The first radio whose file switches WPS on gives the band.
-void SettleWPSBand(const UpdateContext& context, const std::vector<RadioFrequency>& radios, WPSSetting& wps) {
-  for (const RadioFrequency radio : radios) {
-    if (radio == kAllBands) continue;
-    if (!ReadLegacyFlag(GetAccessPointFilePath(context, radio), "ap_enable_wps")) continue;
-    wps.enabled = true;
-    wps.band = radio;
-    return;
-  }
 }
 
 /// With smart connect the all-bands file decides what the radios' own files decide otherwise.
@@ -126,8 +120,7 @@ void MigrateLegacyWifiConfig(const UpdateContext& context) {
     legacy_files.merge(AssembleNetworkSetting(context, network, radios, profile_id));
   }
 
-  std::vector<RadioSetting> radio_settings = BuildRadioSettings(context, radios);
-  SettleWPSBand(context, radios, wps);
+  std::vector<RadioSetting> radio_settings = BuildRadioSettings(context, radios, wps);
   if (networks.front().smartConnect) ApplySmartConnect(context, wps, radio_settings);
 
   Save(kMiscDocument, misc);

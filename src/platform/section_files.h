@@ -27,11 +27,12 @@ const char* KLIBCSzListGet(const KLIBCSzList* list, int index);
 const char* KLIBCSzHashGetValue(const KLIBCSzHash* table, const char* key);
 
 /// Replaces the list's contents by the names of the sections in the file at `path`, in file order, each once.
-/// Gives their number, 0 for none, or a negative number when the file is missing or unreadable or memory runs
-/// out.
+/// Gives their number, 0 for none, or a negative number when the file is missing or unreadable. Throws
+/// std::bad_alloc when memory runs out.
 int KLIBCFileEnumSection(const char* path, KLIBCSzList** list);
 
 /// Replaces the table's contents by the entries of the section `name` of the file at `path`; of two entries
 /// with one key the first counts. Gives the number of entries, 0 when the section has none or does not exist,
-/// or a negative number when the file is missing or unreadable or memory runs out.
+/// or a negative number when the file is missing or unreadable. Throws std::bad_alloc when memory runs out: a
+/// section that cannot be loaded is passed over, and must not be taken for one that is not there.
 int KLIBCFileGetSection(const char* path, const char* name, KLIBCSzHash** table);

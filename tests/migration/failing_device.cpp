@@ -88,6 +88,27 @@ void WrapSaveJsonToFile(const std::string& path, const Json::Value& document) {
   RealSaveJsonToFile(path, document);
 }
 
+#define KELP_FILE_GET_KEY_VALUE                                                                        \
+  "_ZN4KELP4Wifi4Util8SDKUtils15FileGetKeyValueERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcE" \
+  "EESt17basic_string_viewIcS6_E"
+std::string RealFileGetKeyValue(const std::string& path, std::string_view key) __asm__(
+    "__real_" KELP_FILE_GET_KEY_VALUE);
+std::string WrapFileGetKeyValue(const std::string& path, std::string_view key) __asm__(
+    "__wrap_" KELP_FILE_GET_KEY_VALUE);
+std::string WrapFileGetKeyValue(const std::string& path, std::string_view key) {
+  if (FailingDevice* const device = FailingDevice::Current()) {
+    device->questions.push_back(path + " " + std::string(key));
+  }
+  return RealFileGetKeyValue(path, key);
+}
+
+int RealUSB3Disabled() __asm__("__real__Z29KELPUSBGetUSB3DisableUbootEnvv");
+int WrapUSB3Disabled() __asm__("__wrap__Z29KELPUSBGetUSB3DisableUbootEnvv");
+int WrapUSB3Disabled() {
+  if (FailingDevice* const device = FailingDevice::Current()) device->questions.emplace_back("usb3");
+  return RealUSB3Disabled();
+}
+
 #define KELP_INFO_GET_KEY_VALUE \
   "_ZN4KELP4Wifi4Util8SDKUtils15InfoGetKeyValueB5cxx11ESt17basic_string_viewIcSt11char_traitsIcEE"
 std::string RealInfoGetKeyValue(std::string_view key) __asm__("__real_" KELP_INFO_GET_KEY_VALUE);

@@ -20,6 +20,9 @@ class FailingDevice {
   /// "remove PATH".
   std::vector<std::string> steps;
 
+  /// What was asked, in order: "PATH KEY" of a legacy file, "usb3" of the boot environment.
+  std::vector<std::string> questions;
+
   std::string path_that_stays;            // cannot be removed: std::filesystem::filesystem_error, EBUSY
   bool flush_fails = false;               // of a directory: std::system_error, EIO
   bool information_store_throws = false;  // something that is no std::exception

@@ -7,15 +7,17 @@ namespace {
 
 thread_local bool is_active = false;
 thread_local int left = 0;
+thread_local int to_fail = 0;
 thread_local int failed = 0;
 
 void* Allocate(std::size_t size) noexcept {
   if (is_active) {
-    if (left == 0) {
+    if (left > 0) {
+      --left;
+    } else if (failed < to_fail) {
       ++failed;
       return nullptr;
     }
-    --left;
   }
   return std::malloc(size == 0 ? 1 : size);
 }
@@ -30,8 +32,9 @@ void* AllocateOrThrow(std::size_t size) {
 
 namespace testing_support {
 
-FailingAllocation::FailingAllocation(int succeeding) {
+FailingAllocation::FailingAllocation(int succeeding, int failing) {
   left = succeeding;
+  to_fail = failing;
   failed = 0;
   is_active = true;
 }

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <limits>
+
 namespace testing_support {
 
-/// The calling thread's allocations fail while this lives, from the one after the next `succeeding` on.
+/// While this lives the calling thread's allocations fail behind the next `succeeding` ones: so many as `failing`
+/// says, all of them unless told otherwise.
 class FailingAllocation {
  public:
-  explicit FailingAllocation(int succeeding = 0);
+  explicit FailingAllocation(int succeeding = 0, int failing = std::numeric_limits<int>::max());
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
   ~FailingAllocation();

@@ -38,11 +38,13 @@ KELP::Wifi::RememberedFiles<KELP::Wifi::SectionText>& Files() {
   return files;
 }
 
-/// The core utility library reports in numbers only.
+/// The core utility library reports in numbers; only that memory ran out is no fact about the file.
 template <typename Operation>
 int NegativeOnFailure(Operation operation) {
   try {
     return static_cast<int>(operation());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     return -1;
   }

@@ -2,13 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "migration/global_settings.h"
 #include "migration/legacy_archive.h"
+#include "migration/migrate_125_to_13.h"
 #include "migration/migrate_13_global_files.h"
 #include "platform/exceptions.h"
 #include "tests/migration/failing_device.h"
+#include "tests/migration/legacy_household.h"
 #include "tests/support/failing_format.h"
 #include "tests/support/json_text.h"
 #include "tests/support/test_device.h"
@@ -66,6 +70,43 @@ TEST(ArchiveFlush, FailsWithTheArchiveMadeAndNothingMoved) {
             "cannot flush directory /usr/kelp/etc/wifi/: Input/output error");
   EXPECT_TRUE(device.Files().Exists("/usr/kelp/etc/wifi/legacy"));
   EXPECT_EQ(device.Files().Read("/etc/a"), "a");
+}
+
+// Which radio is asked for what, and when
+
+using testing_support::LegacyHousehold;
+
+/// The questions about USB 3 and WPS of a migration.
+std::vector<std::string> QuestionsOf(LegacyHousehold& household) {
+  const FailingDevice watched;
+  household.Run([&] { Migrate125To13(household.context); });
+  std::vector<std::string> questions = watched.questions;
+  std::erase_if(questions, [](const std::string& question) {
+    return question != "usb3" && !question.ends_with(" ap_enable_wps");
+  });
+  return questions;
+}
+
+std::string WPSOf(const std::string& file) {
+  return file + " ap_enable_wps";
+}
+
+TEST(RadioQuestions, EachRadioIsBuiltAndThenAskedForWPSUntilOneHasIt) {
+  LegacyHousehold none;
+  none.JoinMesh();
+  EXPECT_THAT(QuestionsOf(none),
+              ElementsAre("usb3", WPSOf(LegacyHousehold::k24File), "usb3", WPSOf(LegacyHousehold::k5File),
+                          "usb3", WPSOf(LegacyHousehold::kSecondMeshFile)));
+
+  LegacyHousehold second;
+  second.JoinMesh();
+  second.WriteAccessPoint(LegacyHousehold::k5File, {{"ap_enable_wps", "yes"}});
+  EXPECT_THAT(QuestionsOf(second), ElementsAre("usb3", WPSOf(LegacyHousehold::k24File), "usb3",
+                                               WPSOf(LegacyHousehold::k5File), "usb3"));
+
+  LegacyHousehold first;
+  first.WriteAccessPoint(LegacyHousehold::k24File, {{"ap_enable_wps", "yes"}});
+  EXPECT_THAT(QuestionsOf(first), ElementsAre("usb3", WPSOf(LegacyHousehold::k24File), "usb3"));
 }
 
 // Removing the 1.3-era files

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <new>
 #include <string>
 
 #include "lab/images/private_root.h"
@@ -45,17 +46,30 @@ TEST(SectionFilesFailures, AllocGivesNullWhenMemoryRunsOut) {
                            });
 }
 
-TEST(SectionFilesFailures, EnumAndLoadAreNegativeWhenMemoryRunsOut) {
+constexpr int kRanOut = -1000;
+
+/// What `operation` gives, or kRanOut when it throws std::bad_alloc.
+template <typename Operation>
+int ResultOrRanOut(Operation operation) {
+  try {
+    return operation();
+  } catch (const std::bad_alloc&) {
+    return kRanOut;
+  }
+}
+
+TEST(SectionFilesFailures, EnumAndLoadThrowWhenMemoryRunsOut) {
   lab::PrivateRoot device;
   device.Write(kFile, "[one]\na=1\nb=" + std::string(10'000, 'b') + "\n[two]\nc=3\n");
   KLIBCSzList* list = KLIBCSzListAlloc(16);
   KLIBCSzHash* table = KLIBCSzHashAlloc(16);
   {
     const lab::InRoot inside(device);
-    RunOutOfMemoryEverywhere([&] { return KLIBCFileEnumSection(kFile, &list); },
-                             [](int result, bool ran_out) { EXPECT_EQ(result, ran_out ? -1 : 2); });
-    RunOutOfMemoryEverywhere([&] { return KLIBCFileGetSection(kFile, "one", &table); },
-                             [](int result, bool ran_out) { EXPECT_EQ(result, ran_out ? -1 : 2); });
+    const auto enumerate = [&] { return KLIBCFileEnumSection(kFile, &list); };
+    const auto load = [&] { return KLIBCFileGetSection(kFile, "one", &table); };
+    const auto check = [](int result, bool ran_out) { EXPECT_EQ(result, ran_out ? kRanOut : 2); };
+    RunOutOfMemoryEverywhere([&] { return ResultOrRanOut(enumerate); }, check);
+    RunOutOfMemoryEverywhere([&] { return ResultOrRanOut(load); }, check);
   }
   EXPECT_STREQ(KLIBCSzListGet(list, 1), "two");
   EXPECT_STREQ(KLIBCSzHashGetValue(table, "a"), "1");
