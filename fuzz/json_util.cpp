@@ -2,6 +2,7 @@
 // for, then the document.
 #include "platform/json_util.h"
 
+#include <json/reader.h>
 #include <json/writer.h>
 #include <sys/stat.h>
 
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -17,6 +19,7 @@
 #include "fuzz/support/input.h"
 #include "fuzz/support/plain_text.h"
 #include "fuzz/support/private_device.h"
+#include "platform/stand_in/json/plain_json.h"
 
 namespace {
 
@@ -44,6 +47,29 @@ auto ResultOf(Read read, const std::string& named) {
     FUZZ_CHECK(named.find('\n') != std::string::npos || text.find('\n') == std::string::npos);
   }
   return result;
+}
+
+/// What is plain JSON is loaded, unless a member comes twice, and nothing else is. The library's own strict
+/// reading has then the same values.
+void CheckVerdict(const std::string& text, const std::optional<Json::Value>& document) {
+  bool is_plain = true;
+  try {
+    KELP::Wifi::RequirePlainJson(text);
+  } catch (const std::runtime_error&) {
+    is_plain = false;
+  }
+  FUZZ_CHECK(is_plain || !document);
+  if (!is_plain) return;
+
+  Json::CharReaderBuilder builder;
+  Json::CharReaderBuilder::strictMode(&builder.settings_);
+  builder.settings_["stackLimit"] = 2000;
+  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+  Json::Value read;
+  std::string errors;
+  const bool is_read = reader->parse(text.data(), text.data() + text.size(), &read, &errors);
+  FUZZ_CHECK(is_read == document.has_value());
+  FUZZ_CHECK(is_read ? read == *document : errors.find("Duplicate key") != std::string::npos);
 }
 
 void CheckMembers(const Json::Value& document, const std::string& name) {
@@ -101,6 +127,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const fuzz::PrivateDevice::Entered inside(Device());
   FUZZ_CHECK(fuzz::WriteFile(kGiven, text));
   const auto document = ResultOf([] { return JsonUtil::LoadJsonFromFile(kGiven); }, kGiven);
+  CheckVerdict(text, document);
   if (!document) return 0;
   FUZZ_CHECK(document->isObject() || document->isArray());
   CheckMembers(*document, name);

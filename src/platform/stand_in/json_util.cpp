@@ -3,7 +3,6 @@
 #include <json/reader.h>
 
 #include <algorithm>
-#include <exception>
 #include <memory>
 #include <stdexcept>
 
@@ -11,6 +10,7 @@
 #include "base/file_content.h"
 #include "base/run.h"
 #include "platform/stand_in/json/json_text.h"
+#include "platform/stand_in/json/plain_json.h"
 
 namespace KELP::Wifi::Util::JsonUtil {
 namespace {
@@ -35,19 +35,23 @@ const Json::Value& GetMember(const Json::Value& value, const std::string& name, 
 
 Json::Value LoadJsonFromFile(const std::string& path) {
   const std::string text = ReadRegularFile(path, kLargestDocument).bytes;
+  try {
+    RequirePlainJson(text);
+  } catch (const std::runtime_error& error) {
+    throw Malformed(path, error.what());
+  }
 
+  // Releases of the library differ in what they let pass, and in how deep. What passed above they read alike;
+  // what is left to them is to refuse repeated members.
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
+  builder.settings_["stackLimit"] = static_cast<Json::UInt>(kDeepestJson + 1);
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   Json::Value document;
   std::string errors;
-  bool parsed = false;
-  try {
-    parsed = reader->parse(text.data(), text.data() + text.size(), &document, &errors);
-  } catch (const Json::Exception& error) {  // nested too deep
-    throw Malformed(path, error.what());
+  if (!reader->parse(text.data(), text.data() + text.size(), &document, &errors)) {
+    throw Malformed(path, errors);
   }
-  if (!parsed) throw Malformed(path, errors);
   return document;
 }
 
