@@ -13,12 +13,18 @@
 namespace KELP::Wifi {
 namespace {
 
+// With narrower ones a file dated behind 2038, or with a large inode number, could not even be looked at.
+static_assert(sizeof(off_t) == 8 && sizeof(ino_t) == 8 && sizeof(time_t) == 8,
+              "compile with -D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64");
+
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr std::size_t kSmallestRead = 512;
 constexpr std::size_t kLargestFirstReservation = 64UL * 1024 * 1024;
 
+/// Wraps around for times behind 2262, which a file may have, too: they still differ from each other.
 std::int64_t Nanoseconds(const timespec& time) {
-  return std::int64_t{time.tv_sec} * kNanosecondsPerSecond + time.tv_nsec;
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.tv_sec) * kNanosecondsPerSecond +
+                                   static_cast<std::uint64_t>(time.tv_nsec));
 }
 
 [[noreturn]] void ThrowUnreadable(const std::string& path, int error) {

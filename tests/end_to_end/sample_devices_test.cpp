@@ -1,11 +1,16 @@
 // The real program on each sample device, from its files to the last byte of what is there afterwards.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <syslog.h>
 
 #include <algorithm>
+#include <array>
+#include <filesystem>
 #include <ostream>
 #include <string>
 
+#include "lab/images/descriptor.h"
 #include "tests/end_to_end/expected_run.h"
 #include "tests/end_to_end/updater_run.h"
 #include "tests/support/log_lines.h"
@@ -91,6 +96,38 @@ TEST_P(SampleDevices, RunsWithoutALogDaemon) {
   const ExpectedRun expected(GetParam().device);
   expected.ExpectDocuments(run.after);
   expected.ExpectPaths(run);
+}
+
+/// Dates everything on the device; gives whether the file system has room for such a date.
+bool DateEverything(const lab::PrivateRoot& device, time_t date) {
+  const std::array<timespec, 2> times{timespec{date, 0}, timespec{date, 0}};
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(device.Path())) {
+    const char* const path = entry.path().c_str();
+    lab::Checked(::utimensat(AT_FDCWD, path, times.data(), AT_SYMLINK_NOFOLLOW), "date", path);
+    struct stat status {};
+    lab::Checked(::lstat(path, &status), "examine", path);
+    if (status.st_mtim.tv_sec != date) return false;
+  }
+  return true;
+}
+
+// A device's clock may have gone wild before it was set.
+TEST_P(SampleDevices, IsMigratedWhateverDatesItsFilesHave) {
+  constexpr time_t kBefore1970 = -86'400;
+  constexpr time_t kEndOf32Bits = 2'147'483'648;
+  constexpr time_t kYear2046 = 2'398'377'600;
+  constexpr time_t kYear2300 = 10'413'792'000;
+  for (const time_t date : {kBefore1970, kEndOf32Bits, kYear2046, kYear2300}) {
+    lab::PrivateRoot device(Image(GetParam().device));
+    if (!DateEverything(device, date)) GTEST_SKIP() << "the file system in $TMPDIR has no such dates";
+
+    const lab::RunResult run = UpdateFrom(device, GetParam().build);
+
+    const ExpectedRun expected(GetParam().device);
+    EXPECT_EQ(testing_support::PrintLog(run.log), expected.Log()) << date;
+    expected.ExpectDocuments(run.after);
+    expected.ExpectPaths(run);
+  }
 }
 
 std::string TestName(const ::testing::TestParamInfo<Sample>& sample) {
