@@ -8,7 +8,11 @@ find_package(Boost 1.77 REQUIRED)
 find_path(MAGIC_ENUM_INCLUDE_DIR magic_enum/magic_enum.hpp)
 if(NOT MAGIC_ENUM_INCLUDE_DIR)
   # Before its release 0.9.6 the library had its headers one folder higher.
-  find_path(MAGIC_ENUM_PARENT_DIR magic_enum.hpp REQUIRED)
+  find_path(MAGIC_ENUM_PARENT_DIR magic_enum.hpp)
+  if(NOT MAGIC_ENUM_PARENT_DIR)
+    message(FATAL_ERROR "magic_enum is missing. It is headers only: the package libmagicenum-dev of Debian 13 and Ubuntu "
+      "24.04 has it, scripts/setup fetches it on Debian 12, and CMAKE_PREFIX_PATH may name where else it is.")
+  endif()
   set(MAGIC_ENUM_INCLUDE_DIR ${CMAKE_BINARY_DIR}/forwarding)
   file(CONFIGURE OUTPUT ${MAGIC_ENUM_INCLUDE_DIR}/magic_enum/magic_enum.hpp
     CONTENT "#include \"${MAGIC_ENUM_PARENT_DIR}/magic_enum.hpp\"\n")
