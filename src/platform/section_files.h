@@ -4,8 +4,8 @@
 
 /// Ini-style section files and the lists and tables that they are read into, as the core utility library
 /// offers them. All texts are bytes, zero-terminated. Every call answers for the file as it is at that
-/// moment; within one run of the program it may answer for what the file was, or that there was none, when the
-/// run first asked.
+/// moment; within one run of the program it may answer for what the file was, or that there was none, when
+/// the run first asked.
 
 /// A growing list of strings.
 struct KLIBCSzList;
