@@ -1,8 +1,11 @@
 #include "builders/broadcast_detect_setting.h"
 
+#include <cstdint>
 #include <string>
 
 #include "legacy/legacy_value.h"
+#include "legacy/update_context.h"
+#include "platform/records/misc_setting.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

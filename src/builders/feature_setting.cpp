@@ -1,9 +1,15 @@
 #include "builders/feature_setting.h"
+#include <cstdint>
+#include <string_view>
 
 #include "legacy/encoded_text.h"
 #include "legacy/legacy_value.h"
 #include "legacy/network_value.h"
+#include "legacy/update_context.h"
 #include "legacy/vocabularies.h"
+#include "platform/records/feature_setting.h"
+#include "platform/records/guest_password_rotation.h"
+#include "platform/records/radio_frequency.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -1,14 +1,19 @@
 #include "builders/guest_password_rotation.h"
 
 #include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/constants.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <cstdint>
 #include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "base/log.h"
 #include "legacy/format_text.h"
 #include "legacy/legacy_value.h"
 #include "legacy/vocabularies.h"
+#include "platform/records/guest_password_rotation.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -1,13 +1,18 @@
 #include "builders/mac_filter_profiles.h"
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "base/log.h"
 #include "legacy/legacy_value.h"
 #include "platform/mac_address.h"
+#include "platform/records/mac_filter.h"
 #include "platform/section_files.h"
 
 namespace KELP::Wifi::Updater {

@@ -9,8 +9,8 @@
 namespace KELP::Wifi::Updater {
 
 /// The enabled devices of the legacy section file at `path`, one section a device, in file order, duplicates
-/// too. Empty, with a log line, when there is no list or table to be had or the file cannot be enumerated. Throws
-/// what MACAddress throws for a malformed address, and std::bad_alloc when memory runs out later.
+/// too. Empty, with a log line, when there is no list or table to be had or the file cannot be enumerated.
+/// Throws what MACAddress throws for a malformed address, and std::bad_alloc when memory runs out later.
 std::vector<MACFilterDevice> ReadMACFilterDevices(const std::string& path);
 
 /// The profiles that the legacy deny and allow lists make for the primary network and, unless its policy is

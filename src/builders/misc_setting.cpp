@@ -1,7 +1,10 @@
 #include "builders/misc_setting.h"
+#include <string>
 
 #include "builders/broadcast_detect_setting.h"
 #include "builders/mac_filter_profiles.h"
+#include "legacy/update_context.h"
+#include "platform/records/misc_setting.h"
 
 namespace KELP::Wifi::Updater {
 

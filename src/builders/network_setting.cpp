@@ -1,12 +1,20 @@
 #include "builders/network_setting.h"
 
+#include <cstdint>
+#include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "builders/feature_setting.h"
 #include "builders/guest_password_rotation.h"
 #include "legacy/interface_mac.h"
 #include "legacy/legacy_value.h"
 #include "legacy/radios.h"
+#include "legacy/update_context.h"
+#include "platform/records/feature_setting.h"
+#include "platform/records/network_setting.h"
+#include "platform/records/radio_frequency.h"
 
 namespace KELP::Wifi::Updater {
 

@@ -1,12 +1,18 @@
 #include "builders/radio_setting.h"
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "legacy/device_facts.h"
 #include "legacy/interface_mac.h"
 #include "legacy/legacy_value.h"
 #include "legacy/radios.h"
+#include "legacy/update_context.h"
 #include "legacy/vocabularies.h"
+#include "platform/records/radio_frequency.h"
+#include "platform/records/radio_setting.h"
+#include "platform/records/supported_model.h"
 
 namespace KELP::Wifi::Updater {
 

@@ -3,6 +3,8 @@
 #include <string>
 
 #include "legacy/legacy_value.h"
+#include "legacy/update_context.h"
+#include "platform/records/wps_setting.h"
 #include "platform/wifi_utils.h"
 
 namespace KELP::Wifi::Updater {

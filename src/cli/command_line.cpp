@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "cli/console.h"
 #include "cli/update_handler.h"

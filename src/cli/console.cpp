@@ -6,6 +6,8 @@
 
 #include <array>
 #include <csignal>
+#include <initializer_list>
+#include <string_view>
 
 #include "base/file_descriptor.h"
 

@@ -1,11 +1,14 @@
 #include "cli/update_handler.h"
 
+#include <cstdint>
 #include <exception>
+#include <string>
 
 #include "base/log.h"
 #include "base/run.h"
 #include "cli/console.h"
 #include "legacy/device_facts.h"
+#include "legacy/update_context.h"
 #include "migration/migrate_125_to_13.h"
 #include "migration/migrate_13_global_files.h"
 

@@ -1,4 +1,5 @@
 #include "legacy/device_facts.h"
+#include <json/value.h>
 
 #include <array>
 #include <exception>
@@ -6,8 +7,10 @@
 #include <string_view>
 
 #include "base/log.h"
+#include "legacy/update_context.h"
 #include "platform/boot_environment.h"
 #include "platform/json_util.h"
+#include "platform/records/supported_model.h"
 #include "platform/sdk_utils.h"
 
 namespace KELP::Wifi::Updater {

@@ -1,9 +1,12 @@
 #include "legacy/enumeration_text.h"
 
+#include <string>
 #include <typeinfo>
 
 #include "base/enumeration_names.h"
 #include "platform/exceptions.h"
+#include "platform/records/country_code.h"
+#include "platform/records/supported_model.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

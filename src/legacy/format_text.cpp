@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "base/format_text.h"

@@ -1,11 +1,17 @@
 #include "legacy/interface_mac.h"
 
+#include <cstddef>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <system_error>
 
 #include "base/file_content.h"
 #include "legacy/format_text.h"
 #include "legacy/radios.h"
+#include "legacy/update_context.h"
+#include "platform/records/radio_frequency.h"
+#include "platform/records/supported_model.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -1,8 +1,11 @@
 #include "legacy/legacy_value.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <string>
+#include <string_view>
 
 #include "platform/sdk_utils.h"
 

@@ -1,4 +1,6 @@
 #include "legacy/network_value.h"
+#include <string>
+#include <string_view>
 
 #include "legacy/legacy_value.h"
 

@@ -1,10 +1,13 @@
 #include "legacy/vocabularies.h"
 
 #include <array>
+#include <cstdint>
+#include <string>
 
 #include "legacy/legacy_value.h"
 #include "legacy/radios.h"
 #include "legacy/vocabulary.h"
+#include "platform/records/radio_frequency.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -1,4 +1,6 @@
 #include "legacy/vocabulary.h"
+#include <cstdint>
+#include <string>
 
 #include "base/log.h"
 

@@ -5,11 +5,14 @@
 #include "base/log.h"
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
+#include "legacy/update_context.h"
 #include "migration/document_paths.h"
 #include "migration/global_values.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
+#include "platform/records/country_code.h"
 #include "platform/records/global_data.h"
+#include "platform/records/supported_model.h"
 #include "platform/sdk_utils.h"
 
 namespace KELP::Wifi::Updater {

@@ -1,9 +1,11 @@
 #include "migration/legacy_archive.h"
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <filesystem>
+#include <set>
 #include <system_error>
 
 #include "base/durable_file.h"

@@ -1,6 +1,8 @@
 #include "migration/migrate_125_to_13.h"
+#include <json/value.h>
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -16,12 +18,18 @@
 #include "legacy/interface_mac.h"
 #include "legacy/legacy_value.h"
 #include "legacy/radios.h"
+#include "legacy/update_context.h"
 #include "legacy/vocabularies.h"
 #include "migration/document_paths.h"
 #include "migration/global_settings.h"
 #include "migration/legacy_archive.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
+#include "platform/records/misc_setting.h"
+#include "platform/records/network_setting.h"
+#include "platform/records/radio_frequency.h"
+#include "platform/records/radio_setting.h"
+#include "platform/records/wps_setting.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

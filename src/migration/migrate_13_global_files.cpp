@@ -1,4 +1,5 @@
 #include "migration/migrate_13_global_files.h"
+#include <json/value.h>
 
 #include <filesystem>
 #include <set>
@@ -10,11 +11,14 @@
 #include "legacy/device_facts.h"
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
+#include "legacy/update_context.h"
 #include "migration/document_paths.h"
 #include "migration/global_values.h"
 #include "platform/json_serializer.h"
 #include "platform/json_util.h"
+#include "platform/records/country_code.h"
 #include "platform/records/global_data.h"
+#include "platform/records/supported_model.h"
 
 namespace KELP::Wifi::Updater {
 namespace {
