@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <string>
@@ -23,12 +25,12 @@ using namespace std::string_literals;
 
 constexpr const char* kFile = "/etc/file";
 
-/// The error number of a read that has to fail, and whose text names the path.
+/// The error number of a read that has to fail, and whose text is the path and the cause.
 int ErrorOfReading(const std::string& path, std::size_t size_limit = kNoSizeLimit) {
   try {
     ReadRegularFile(path, size_limit);
   } catch (const std::system_error& error) {
-    EXPECT_NE(std::string(error.what()).find(path), std::string::npos) << error.what();
+    EXPECT_EQ(error.what(), "cannot read " + path + ": " + std::strerror(error.code().value()));
     return error.code().value();
   }
   return 0;
@@ -138,6 +140,22 @@ TEST(ReadRegularFile, LimitIsTheLargestSizeThatIsTaken) {
   EXPECT_EQ(ReadRegularFile(kFile, 1000).bytes.size(), 1000U);
   EXPECT_EQ(ErrorOfReading(kFile, 999), EFBIG);
   EXPECT_EQ(ErrorOfReading(kFile, 0), EFBIG);
+}
+
+TEST(ReadRegularFile, FileThatIsTooLargeCostsNoMemory) {
+  lab::PrivateRoot device;
+  device.Write(kFile, "");
+  const lab::InRoot inside(device);
+  constexpr off_t kSize = off_t{512} * 1024 * 1024;
+  ASSERT_EQ(::truncate(kFile, kSize), 0);  // a hole, which takes no room on the disk
+  const auto peak = [] {
+    struct rusage usage {};
+    EXPECT_EQ(::getrusage(RUSAGE_SELF, &usage), 0);
+    return usage.ru_maxrss;  // KiB
+  };
+  const auto before = peak();
+  EXPECT_EQ(ErrorOfReading(kFile, static_cast<std::size_t>(kSize) - 1), EFBIG);
+  EXPECT_LT(peak() - before, 16 * 1024);
 }
 
 TEST(ReadRegularFile, LimitHoldsForFilesThatReportNoSize) {

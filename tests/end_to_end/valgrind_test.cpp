@@ -17,7 +17,7 @@ class Valgrind : public testing::TestWithParam<std::pair<const char*, const char
 
 TEST_P(Valgrind, FindsNothingInAMigration) {
   if (lab::kSanitizedBuild) GTEST_SKIP() << "the sanitizers look for the same";
-  if (!std::filesystem::exists(kValgrind)) GTEST_SKIP() << "valgrind is not installed: scripts/setup";
+  ASSERT_TRUE(std::filesystem::exists(kValgrind)) << "valgrind is missing: scripts/setup installs it";
   const auto [image, build] = GetParam();
   lab::PrivateRoot device{Image(image)};
   lab::RunOptions options;

@@ -52,6 +52,9 @@ bool WrapRemove(const std::filesystem::path& path) {
     throw std::filesystem::filesystem_error("cannot remove", path,
                                             std::make_error_code(std::errc::device_or_resource_busy));
   }
+  if (FailingDevice::Current() != nullptr && path == FailingDevice::Current()->path_that_goes_before) {
+    RealRemove(path);
+  }
   return RealRemove(path);
 }
 
@@ -88,13 +91,13 @@ void WrapSaveJsonToFile(const std::string& path, const Json::Value& document) {
   RealSaveJsonToFile(path, document);
 }
 
-#define KELP_FILE_GET_KEY_VALUE                                                                        \
+#define KELP_FILE_GET_KEY_VALUE                                                                       \
   "_ZN4KELP4Wifi4Util8SDKUtils15FileGetKeyValueERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcE" \
   "EESt17basic_string_viewIcS6_E"
-std::string RealFileGetKeyValue(const std::string& path, std::string_view key) __asm__(
-    "__real_" KELP_FILE_GET_KEY_VALUE);
-std::string WrapFileGetKeyValue(const std::string& path, std::string_view key) __asm__(
-    "__wrap_" KELP_FILE_GET_KEY_VALUE);
+std::string RealFileGetKeyValue(const std::string& path,
+                                std::string_view key) __asm__("__real_" KELP_FILE_GET_KEY_VALUE);
+std::string WrapFileGetKeyValue(const std::string& path,
+                                std::string_view key) __asm__("__wrap_" KELP_FILE_GET_KEY_VALUE);
 std::string WrapFileGetKeyValue(const std::string& path, std::string_view key) {
   if (FailingDevice* const device = FailingDevice::Current()) {
     device->questions.push_back(path + " " + std::string(key));

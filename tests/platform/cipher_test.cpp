@@ -1,6 +1,8 @@
 #include "platform/cipher.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
@@ -262,6 +264,37 @@ TEST_F(Cipher, RefusesWithoutAReadableKeyFile) {
   const lab::InRoot inside(device_);
   const testing_support::WithoutFilePrivileges ordinary;
   EXPECT_EQ(Open(stored), std::nullopt);
+}
+
+TEST_F(Cipher, KeyThatCannotBeReadIsNotTakenForOneOfZeros) {
+  const std::string opened = lab::SealSecret("opened before", kKey);
+  const std::string of_zeros = lab::SealSecret("of no key", std::string(64, '0'));
+  const lab::InRoot inside(device_);
+  ASSERT_EQ(Open(opened), "opened before");  // what is wiped behind it are zeros
+  {
+    device_.SetMode(kKeyFile, 0000);
+    const testing_support::WithoutFilePrivileges ordinary;
+    EXPECT_EQ(Open(of_zeros), std::nullopt);
+  }
+  device_.Remove(kKeyFile);
+  EXPECT_EQ(Open(of_zeros), std::nullopt);
+  device_.Write(kKeyFile, "no key");
+  EXPECT_EQ(Open(of_zeros), std::nullopt);
+}
+
+TEST_F(Cipher, FIFOWithAWriterIsNoKeyFile) {
+  const std::string stored = lab::SealSecret("secret", kKey);
+  device_.Remove(kKeyFile);
+  device_.MakeFifo(kKeyFile);
+  const lab::InRoot inside(device_);
+  const int reader = ::open(kKeyFile, O_RDONLY | O_NONBLOCK | O_CLOEXEC);  // keeps what is written
+  const int writer = ::open(kKeyFile, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_GE(writer, 0);
+  ASSERT_EQ(::write(writer, kKey.data(), kKey.size()), static_cast<ssize_t>(kKey.size()));
+  EXPECT_EQ(Open(stored), std::nullopt);
+  ::close(writer);  // the whole key, and an end behind it, as in a file
+  EXPECT_EQ(Open(stored), std::nullopt);
+  ::close(reader);
 }
 
 TEST_F(Cipher, KeyIsReadAnewForEachSecret) {

@@ -4,8 +4,8 @@
 
 namespace testing_support {
 
-/// While this lives the calling thread's allocations fail behind the next `succeeding` ones: so many as `failing`
-/// says, all of them unless told otherwise.
+/// While this lives the calling thread's allocations fail behind the next `succeeding` ones: so many as
+/// `failing` says, all of them unless told otherwise.
 class FailingAllocation {
  public:
   explicit FailingAllocation(int succeeding = 0, int failing = std::numeric_limits<int>::max());

@@ -150,6 +150,14 @@ TEST_F(RemovalFailureTest, NothingIsRemovedWhenTheFlushFails) {
   EXPECT_TRUE(device_.Files().Exists(kCountryFile));
 }
 
+TEST_F(RemovalFailureTest, FileThatIsGoneAlreadyIsNoFailure) {
+  FailingDevice failing;
+  failing.path_that_goes_before = kModelFile;
+  device_.Run([] { Migrate13GlobalFiles({}); });
+  EXPECT_FALSE(device_.Files().Exists(kModelFile));
+  EXPECT_FALSE(device_.Files().Exists(kCountryFile));
+}
+
 TEST_F(RemovalFailureTest, ModelFileThatStaysKeepsTheCountryFileToo) {
   MigrateWithout(kModelFile);
   EXPECT_TRUE(device_.Files().Exists(kModelFile));
