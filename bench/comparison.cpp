@@ -66,6 +66,12 @@ void MeasureTimes(const fs::path& folder, std::optional<Times> Figures::*times, 
   }
 }
 
+OtherDevice MeasureOther(std::string name, const Device& device, const Contestant& program) {
+  OtherDevice other{std::move(name), CountInstructions(device.image, program), std::nullopt};
+  if (CanCountSystemCalls()) other.calls = CountSystemCalls(device.image, program);
+  return other;
+}
+
 }  // namespace
 
 Comparison Compare(const Device& device, const ComparisonOptions& options) {
@@ -103,6 +109,10 @@ Comparison Compare(const Device& device, const ComparisonOptions& options) {
     comparison.program.bytes_with_libraries =
         *comparison.program.stripped_bytes + SizeOf(recording.libraries);
   }
+  comparison.others.push_back(
+      MeasureOther("access-point files empty", device, OnSparseDevice(device.image, program)));
+  comparison.others.push_back(
+      MeasureOther("no access-point files", device, OnBareDevice(device.image, program)));
   comparison.growth = MeasureGrowth(device.image, program, options.most_stations);
   return comparison;
 }

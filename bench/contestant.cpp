@@ -25,6 +25,16 @@ bool IsOfNoInterest(std::string_view path) {
   return path.starts_with("/tmp/") || path.starts_with("/var/lock/");
 }
 
+std::vector<std::string> AccessPointFiles(const fs::path& image) {
+  const fs::path folder = "usr/kelp/etc/wifi";
+  std::vector<std::string> paths;
+  for (const auto& entry : fs::directory_iterator(image / folder)) {
+    const std::string name = entry.path().filename();
+    if (name.starts_with("wifi_ap_")) paths.push_back("/" / folder / name);
+  }
+  return paths;
+}
+
 }  // namespace
 
 fs::path ProgramFolder() {
@@ -68,10 +78,22 @@ Contestant MakeFloor(const std::vector<std::string>& inputs, const lab::RunResul
   return floor;
 }
 
+Contestant OnSparseDevice(const fs::path& image, Contestant contestant) {
+  for (const std::string& path : AccessPointFiles(image)) contestant.files[path] = "";
+  return contestant;
+}
+
+Contestant OnBareDevice(const fs::path& image, Contestant contestant) {
+  contestant.missing = AccessPointFiles(image);
+  contestant.status = 1;
+  return contestant;
+}
+
 lab::PrivateRoot MakeRoot(const fs::path& image, const Contestant& contestant) {
   lab::PrivateRoot root(image);
   root.Write("/dev/null", "", 0666);  // as good as a device for those who only write to it
   for (const auto& [path, bytes] : contestant.files) root.Write(path, bytes);
+  for (const std::string& path : contestant.missing) root.Remove(path);
   return root;
 }
 
@@ -82,7 +104,7 @@ lab::RunResult RunContestant(lab::PrivateRoot& root, const Contestant& contestan
   options.with_proc = with_proc;
   options.timeout = kPatience;
   lab::RunResult result = lab::RunProgram(root, contestant.program, contestant.arguments, options);
-  if (result.status == 0 && !result.timed_out) return result;
+  if (result.status == contestant.status && result.signal == 0 && !result.timed_out) return result;
   throw std::runtime_error("the " + contestant.name + " failed on this device, status " +
                            std::to_string(result.status) + ", signal " + std::to_string(result.signal) +
                            ": " + result.out + result.err);

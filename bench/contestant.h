@@ -18,6 +18,10 @@ struct Contestant {
   std::vector<std::string> arguments;
   /// What it needs on the device beside the image: bytes by device path.
   std::map<std::string, std::string> files;
+  /// What of the image it goes without, by device path.
+  std::vector<std::string> missing{};
+  /// The status that it ends with there.
+  int status = 0;
 };
 
 /// A device image, and the build number that it is updated from.
@@ -41,6 +45,11 @@ Contestant MakeFloor(const std::vector<std::string>& inputs, const lab::RunResul
 
 /// The wrapper of a run that needs none.
 inline const std::vector<std::string> kNoWrapper{"/usr/bin/env"};
+
+/// The contestant on a household that has set next to nothing: its access-point files are there and empty.
+Contestant OnSparseDevice(const std::filesystem::path& image, Contestant contestant);
+/// The contestant on a household without any access-point file, which the archive then misses.
+Contestant OnBareDevice(const std::filesystem::path& image, Contestant contestant);
 
 /// A new device from the image, ready for the contestant.
 lab::PrivateRoot MakeRoot(const std::filesystem::path& image, const Contestant& contestant);

@@ -18,6 +18,11 @@ std::optional<double> CpuRatio(const std::optional<Times>& program, const std::o
   return peer->cpu_milliseconds / program->cpu_milliseconds;
 }
 
+std::optional<double> SystemCalls(const Figures& figures) {
+  if (!figures.calls) return std::nullopt;
+  return Total(*figures.calls);
+}
+
 std::optional<double> MostOpens(const Comparison& comparison) {
   if (comparison.opens.empty()) return std::nullopt;
   int most = 0;
@@ -39,12 +44,13 @@ std::vector<Target> Targets(const Comparison& comparison) {
   const Figures& program = comparison.program;
   std::vector<Target> targets{
       {"times less CPU time than the shell script, in memory",
-       CpuRatio(program.in_memory, comparison.peer.in_memory), 40, true, 1},
+       CpuRatio(program.in_memory, comparison.peer.in_memory), 15, true, 1},
       {"times less CPU time than the shell script, on disk",
-       CpuRatio(program.on_disk, comparison.peer.on_disk), 40, true, 1},
+       CpuRatio(program.on_disk, comparison.peer.on_disk), 8, true, 1},
       {"times the instructions of the empty program",
-       Divided(program.instructions, static_cast<double>(comparison.empty.instructions.value_or(0))), 2.0,
+       Divided(program.instructions, static_cast<double>(comparison.empty.instructions.value_or(0))), 2.2,
        false, 2},
+      {"system calls", SystemCalls(program), 430, false, 0},
       {"opens of a legacy file at most", MostOpens(comparison), 1, false, 0},
       {"MiB of memory at its peak", Divided(program.peak_kilobytes, kKibi), 6, false, 2},
       {"KiB of stripped program", Divided(program.stripped_bytes, kKibi), 250, false, 1},

@@ -29,6 +29,13 @@ struct Figures {
   std::optional<std::int64_t> bytes_with_libraries;
 };
 
+/// What the program costs on another household's device.
+struct OtherDevice {
+  std::string name;
+  std::optional<std::int64_t> instructions;
+  std::optional<CallCounts> calls;
+};
+
 struct Comparison {
   std::string device;
   int runs = 0;
@@ -39,9 +46,10 @@ struct Comparison {
   CallCounts calls_from_main;        // the program's
   std::map<std::string, int> opens;  // the program's, of each input file
   std::vector<GrowthStep> growth;
+  std::vector<OtherDevice> others{};
 };
 
-/// What the program is held against.
+/// What the program is held against: what the README and docs/benchmarks.md promise.
 struct Target {
   std::string text;
   std::optional<double> value;  // none: could not be had here

@@ -56,6 +56,13 @@ std::string ToJson(const Comparison& comparison) {
   json["shell_script"] = ToValue(comparison.peer);
   json["floor"] = ToValue(comparison.floor);
   json["empty"] = ToValue(comparison.empty);
+  for (const OtherDevice& device : comparison.others) {
+    Json::Value other;
+    other["device"] = device.name;
+    other["instructions"] = OrNull(device.instructions);
+    if (device.calls) other["system_calls"] = Counts(*device.calls);
+    json["other_devices"].append(other);
+  }
   for (const GrowthStep& step : comparison.growth) {
     Json::Value growth;
     growth["stations"] = step.stations;

@@ -118,6 +118,28 @@ void PrintCalls(std::ostream& out, const Comparison& comparison) {
   }
 }
 
+void PrintOthers(std::ostream& out, const Comparison& comparison) {
+  if (comparison.others.empty()) return;
+  const auto row = [&](const std::string& name, const std::string& instructions, const std::string& ratio,
+                       const std::string& calls) {
+    out << std::left << std::setw(kLabelWidth) << name << std::right << std::setw(kColumnWidth)
+        << instructions << std::setw(kColumnWidth) << ratio << std::setw(kColumnWidth) << calls << '\n';
+  };
+  const auto print = [&](const std::string& name, const std::optional<std::int64_t>& instructions,
+                         const std::optional<CallCounts>& calls) {
+    const auto to_empty = [&](const std::int64_t& count) {
+      return Fixed(
+          static_cast<double>(count) / static_cast<double>(comparison.empty.instructions.value_or(1)), 2);
+    };
+    row(name, OrDash<std::int64_t>(instructions, Grouped), OrDash<std::int64_t>(instructions, to_empty),
+        OrDash<CallCounts>(calls, [](const CallCounts& counts) { return Grouped(Total(counts)); }));
+  };
+  out << '\n';
+  row("The program on", "instructions", "to the empty", "system calls");
+  print("the device as it is", comparison.program.instructions, comparison.program.calls);
+  for (const OtherDevice& other : comparison.others) print(other.name, other.instructions, other.calls);
+}
+
 void PrintGrowth(std::ostream& out, const Comparison& comparison) {
   if (comparison.growth.empty()) return;
   out << "\n"
@@ -155,6 +177,7 @@ void PrintTable(std::ostream& out, const Comparison& comparison) {
     out << "\nNo instructions were counted: valgrind is missing (scripts/setup bench installs it).\n";
   }
   PrintCalls(out, comparison);
+  PrintOthers(out, comparison);
   PrintGrowth(out, comparison);
   PrintTargets(out, comparison);
 }

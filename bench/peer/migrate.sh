@@ -1,7 +1,7 @@
 #!/bin/dash
-# The migration as a first-boot script: dash, sed and jq, each legacy file read once, one jq call a document. What the
-# program is measured against; complete for everything but the secrets, which no tool of a shell opens and which come
-# out empty.
+# The migration as a first-boot script: dash, sed and jq, each legacy file read once, all documents from one call of jq.
+# What the program is measured against; complete for everything but the secrets, which no tool of a shell opens and which
+# come out empty.
 set -eu
 umask 077
 export LC_ALL=C
@@ -61,47 +61,57 @@ inputs=$(sed -s '1F; s/^/ /' "$all" "$first" "$second" "$third" $wifi/wifi_wps /
   $filter/mf.info $filter/mf_guest.info $filter/mf.setting $filter/mf_deny.conf $filter/mf_allow.conf 2>/dev/null) ||
   true # some need not be there
 
-document() { jq -n --tab -L "$here" --arg inputs "$inputs" "$@"; }
-
-# save NAME TEXT: all or nothing.
-save() {
-  printf '%s\n' "$2" >"$wifi/$1.new"
-  sync "$wifi/$1.new"
-  mv "$wifi/$1.new" "$wifi/$1"
-}
-
-# The dollars of the programs below are jq's.
+# One call of jq: its documents stand between numbered lines and are written beside their places. What else the script
+# needs to know comes back: whether there is a mesh, and that jq came to its end. The dollars of the program are jq's.
 # shellcheck disable=SC2016
-global=$(document --arg model "$model" --arg role "${role-}" --arg country "${country-}" --arg swap "${swap-}" '
-  include "legacy"; global($inputs | files; $model; $role; $country; $swap)')
-save global.json "$global"
+answer=$(jq -n --tab -r -L "$here" --arg inputs "$inputs" --arg model "$model" --arg role "${role-}" \
+  --arg country "${country-}" --arg swap "${swap-}" --arg topology $topology --arg pin "${pin-}" --argjson usb3 $usb3 \
+  --arg all "$all" --arg first "$first" --arg second "$second" --arg third "$third" '
+  include "legacy";
+  ($inputs | files) as $files
+  | global($files; $model; $role; $country; $swap) as $global
+  | (if $model == "orchid" and $global.meshInfo.connectedModels == [] then [[0, $all], [1, $first], [2, $second]]
+     else [[0, $all], [1, $first], [3, $second], [4, $third]] end) as $radios
+  | 1, $global, 2, misc($files; $topology), 3, radio_settings($files; $radios; $usb3), 4, wps($files; $radios; $pin),
+    5, networks($files; $radios), 6' |
+  sed -n "/^1\$/,/^2\$/{/^[1-6]\$/!w $wifi/global.json.new
+}
+/^2\$/,/^3\$/{/^[1-6]\$/!w $wifi/misc.json.new
+}
+/^3\$/,/^4\$/{/^[1-6]\$/!w $wifi/radio.json.new
+}
+/^4\$/,/^5\$/{/^[1-6]\$/!w $wifi/wps.json.new
+}
+/^5\$/,/^6\$/{/^[1-6]\$/!w $wifi/network.json.$topology.new
+}
+/^\t\t\"connectedModels\": \[\]/p;/^6\$/p")
 
 used="$all $first $second"
-radios="[0, \"$all\"], [1, \"$first\"], [2, \"$second\"]"
-case $model/$global in
-  orchid/*'"connectedModels": []'*) ;;
-  *)
-    used="$used $third"
-    radios="[0, \"$all\"], [1, \"$first\"], [3, \"$second\"], [4, \"$third\"]"
-    ;;
+case $model/$answer in
+  *6) ;;
+  *) echo 'jq failed' >&2; exit 1 ;;
+esac
+case $model/$answer in
+  orchid/*'[]'*) ;;
+  *) used="$used $third" ;;
 esac
 
-# shellcheck disable=SC2016
-text=$(document --arg topology $topology 'include "legacy"; misc($inputs | files; $topology)')
-save misc.json "$text"
-# shellcheck disable=SC2016
-text=$(document --argjson radios "[$radios]" --argjson usb3 $usb3 '
-  include "legacy"; radio_settings($inputs | files; $radios; $usb3)')
-save radio.json "$text"
-# shellcheck disable=SC2016
-text=$(document --argjson radios "[$radios]" --arg pin "${pin?}" 'include "legacy"; wps($inputs | files; $radios; $pin)')
-save wps.json "$text"
-# shellcheck disable=SC2016
-text=$(document --argjson radios "[$radios]" 'include "legacy"; networks($inputs | files; $radios)')
-save network.json.$topology "$text"
+# publish NAME...: in their places, all or nothing each.
+publish() {
+  for name; do mv "$wifi/$name.new" "$wifi/$name"; done
+}
+
+if [ -z "${pin+set}" ]; then
+  sync $wifi/global.json.new
+  publish global.json
+  echo 'no key wps_pin' >&2
+  exit 1
+fi
+sync $wifi/global.json.new $wifi/misc.json.new $wifi/radio.json.new $wifi/wps.json.new $wifi/network.json.$topology.new
+publish global.json misc.json radio.json wps.json network.json.$topology
 
 [ -d $wifi/legacy ] || mkdir -m 755 $wifi/legacy
-sync $wifi # every document is on the disk before the first file moves
+sync $wifi # before the first legacy file moves
 # The paths hold neither blanks nor patterns.
 # shellcheck disable=SC2086
 mv $filter/mf.info $filter/mf.setting $filter/mf_guest.info $wifi/lbd.conf $wifi/lbd.guest.conf $used \

@@ -61,6 +61,30 @@ INSTANTIATE_TEST_SUITE_P(Samples, ShellScript,
                            return name;
                          });
 
+TEST(OtherDevices, GetTheSameDocumentsFromBoth) {
+  if (!HasShellTools()) GTEST_SKIP() << "dash or jq is missing (scripts/setup bench installs them)";
+  const Device device = Sample("tri-band-mesh-router");
+  for (const auto variant : {OnSparseDevice, OnBareDevice}) {
+    const lab::Tree program = Outcome(device, variant(device.image, MakeProgram(device)));
+    const lab::Tree peer = Outcome(device, variant(device.image, MakePeer()));
+    EXPECT_TRUE(program.contains("/usr/kelp/etc/wifi/wps.json"));
+    EXPECT_THAT(DocumentDifferences(program, peer), IsEmpty());
+  }
+}
+
+TEST(OtherDevices, HaveEmptyAccessPointFilesOrNone) {
+  const Device device = Sample("tri-band-mesh-router");
+  constexpr const char* kFile = "/usr/kelp/etc/wifi/wifi_ap_00:00:00:00:00:00";
+  const Contestant program = MakeProgram(device);
+
+  EXPECT_NE(MakeRoot(device.image, program).Read(kFile), "");
+  EXPECT_EQ(MakeRoot(device.image, OnSparseDevice(device.image, program)).Read(kFile), "");
+  const Contestant bare = OnBareDevice(device.image, program);
+  lab::PrivateRoot root = MakeRoot(device.image, bare);
+  EXPECT_FALSE(root.Snapshot().contains(kFile));
+  EXPECT_EQ(RunContestant(root, bare, kNoWrapper).status, 1);
+}
+
 TEST(Floor, LeavesTheDeviceAsTheProgramDoes) {
   if (!CanCountSystemCalls()) GTEST_SKIP() << "strace is missing (scripts/setup bench installs it)";
   const Device device = Sample("tri-band-mesh-router");

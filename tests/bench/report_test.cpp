@@ -10,6 +10,7 @@
 namespace bench {
 namespace {
 
+using ::testing::ContainsRegex;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -24,6 +25,7 @@ Comparison Sample() {
   comparison.empty = {"empty", Times{1, 1}, std::nullopt, 2048, 2'000'000, {}, {}, {}};
   comparison.calls_from_main = {{"fsync", 11}};
   comparison.opens = {{"/usr/kelp/etc/info.conf", 1}, {"/usr/kelp/etc/secret.key", 8}};
+  comparison.others = {{"no files", 9'000'000, CallCounts{{"read", 1'234}}}};
   comparison.growth = {{0, 100, 10, std::nullopt}, {100, 200, 20, std::nullopt}, {1000, 1'200, 30, 11.0}};
   return comparison;
 }
@@ -37,16 +39,17 @@ std::string Table(const Comparison& comparison) {
 TEST(Targets, AreMetOrMissed) {
   const std::vector<Target> targets = Targets(Sample());
 
-  ASSERT_EQ(targets.size(), 7U);
+  ASSERT_EQ(targets.size(), 8U);
   EXPECT_EQ(targets[0].value, 50.0);
   EXPECT_TRUE(targets[0].IsMet());
   EXPECT_EQ(targets[1].value, std::nullopt);
   EXPECT_EQ(targets[2].value, 1.5);
-  EXPECT_EQ(targets[3].value, 1.0);  // the key does not count
-  EXPECT_EQ(targets[4].value, 4.0);
-  EXPECT_EQ(targets[5].value, 200.0);
-  EXPECT_EQ(targets[6].value, 11.0);
-  EXPECT_FALSE(targets[6].IsMet());
+  EXPECT_EQ(targets[3].value, 11.0);
+  EXPECT_EQ(targets[4].value, 1.0);  // the key does not count
+  EXPECT_EQ(targets[5].value, 4.0);
+  EXPECT_EQ(targets[6].value, 200.0);
+  EXPECT_EQ(targets[7].value, 11.0);
+  EXPECT_FALSE(targets[7].IsMet());
 }
 
 TEST(Table, ShowsFiguresAndTargets) {
@@ -54,7 +57,8 @@ TEST(Table, ShowsFiguresAndTargets) {
 
   EXPECT_THAT(table, HasSubstr("attic, medians over 21 runs"));
   EXPECT_THAT(table, HasSubstr("900,000,000"));
-  EXPECT_THAT(table, HasSubstr("at least 40.0: met"));
+  EXPECT_THAT(table, ContainsRegex("no files +9,000,000 +4.50 +1,234"));
+  EXPECT_THAT(table, HasSubstr("at least 15.0: met"));
   EXPECT_THAT(table, HasSubstr("at most 10.50: MISSED"));
   EXPECT_THAT(table, HasSubstr("not measured"));
   EXPECT_THAT(table, Not(HasSubstr("on disk, ms")));
@@ -77,8 +81,9 @@ TEST(Json, HasEverything) {
   EXPECT_TRUE(json["program"]["on_disk"].isNull());
   EXPECT_EQ(json["program"]["opens"]["/usr/kelp/etc/secret.key"].asInt(), 8);
   EXPECT_EQ(json["shell_script"]["instructions"].asInt64(), 900'000'000);
+  EXPECT_EQ(json["other_devices"][0]["system_calls"]["read"].asInt(), 1'234);
   EXPECT_EQ(json["growth"][2]["ratio"].asDouble(), 11.0);
-  EXPECT_FALSE(json["targets"][6]["met"].asBool());
+  EXPECT_FALSE(json["targets"][7]["met"].asBool());
 }
 
 TEST(Chart, LeavesOutWhatWasNotMeasured) {
