@@ -5,7 +5,12 @@
 
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
+#include "lab/commands/kept_device.h"
 #include "lab/images/private_root.h"
+#include "lab/reports/discretion.h"
+#include "lab/reports/household_json.h"
+#include "lab/reports/household_report.h"
+#include "lab/reports/household_text.h"
 #include "lab/reports/report.h"
 #include "lab/runs/program_run.h"
 
@@ -22,21 +27,53 @@ struct Request {
   fs::path image;
   std::string build;
   fs::path program;
+  fs::path keep;
+  bool documents = false;
+  bool json = false;
+  Discretion::Choice choice;
 };
 
 /// On a copy of the image, which is gone when the run is over.
-RunResult RunOnCopy(const fs::path& image, const fs::path& program, const std::string& build) {
-  PrivateRoot device(image);
-  return RunProgram(device, program, {"--update-config", build});
+RunResult RunOnCopy(const Request& request, const fs::path& program) {
+  PrivateRoot device(request.image);
+  RunResult result = RunProgram(device, program, {"--update-config", request.build});
+  if (!request.keep.empty()) KeepDevice(device, request.keep);
+  return result;
+}
+
+/// The image's folder as it was named, without a slash at its end.
+std::string NameOf(const fs::path& image) {
+  const fs::path named = image.has_filename() ? image : image.parent_path();
+  return named.native();
+}
+
+void Print(const Request& request, const fs::path& program, const RunResult& result) {
+  Discretion discretion(request.choice, result.before);
+  discretion.Learn(result.after);
+  const HouseholdReport report = Tell(NameOf(request.image), request.build, result, discretion);
+  if (request.json) {
+    std::cout << ToText(ToJson(report));
+    return;
+  }
+  PrintHousehold(std::cout, report, MayColour());
+  if (!request.documents) return;
+  std::cout << '\n';
+  PrintReport(std::cout, program.filename().native() + " --update-config " + request.build, result,
+              discretion);
 }
 
 int Run(const Request& request) {
   RequireImage(request.image);
   const fs::path program = ProgramToRun(request.program);
   BecomeRunner();
+  if (!request.keep.empty()) MakeKeptDevice(request.keep);
 
-  const RunResult result = RunOnCopy(request.image, program, request.build);
-  PrintReport(std::cout, program.filename().native() + " --update-config " + request.build, result);
+  const RunResult result = RunOnCopy(request, program);
+  if (!request.keep.empty()) {
+    std::cerr << "devicelab: the device is kept in " << request.keep.native()
+              << ", with the household's secrets\n";
+  }
+  Print(request, program, result);
   if (result.timed_out) return kTimedOutStatus;
   return result.signal != 0 ? kSignalStatus + result.signal : result.status;
 }
@@ -44,13 +81,22 @@ int Run(const Request& request) {
 }  // namespace
 
 void AddRun(CLI::App& app, Actions& actions) {
-  CLI::App* const run =
-      app.add_subcommand("run", "Run the program on a copy of a device image and tell what it did");
+  CLI::App* const run = app.add_subcommand(
+      "run", "Run the program on a copy of a device image; show the household before and after");
   const auto request = std::make_shared<Request>();
   run->add_option("IMAGE", request->image, "A folder that mirrors the device's files; it is only read")
       ->required();
   run->add_option("--from", request->build, "The build number that the device had before")->required();
   run->add_option("--program", request->program, "The program, if not the one beside devicelab");
+  CLI::Option* const json = run->add_flag("--json", request->json, "Print one JSON object instead");
+  run->add_flag("--documents", request->documents,
+                "Print the documents, the files and the log as they are as well")
+      ->excludes(json);
+  run->add_option("--keep", request->keep,
+                  "Keep the device as the run left it in this new folder, its secrets with it");
+  run->add_flag("--show-secrets", request->choice.show_secrets, "Show passwords, shared secrets and PINs");
+  run->add_flag("--anonymous", request->choice.anonymous,
+                "Show digests in place of SSIDs, MAC addresses, device names and mail addresses");
   actions[run] = [request] { return Run(*request); };
 }
 

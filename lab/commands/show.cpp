@@ -5,6 +5,7 @@
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
 #include "lab/images/tree.h"
+#include "lab/reports/discretion.h"
 #include "lab/reports/report.h"
 
 namespace lab::commands {
@@ -12,11 +13,17 @@ namespace lab::commands {
 void AddShow(CLI::App& app, Actions& actions) {
   CLI::App* const show =
       app.add_subcommand("show", "List a device image, with the content of its text files");
-  const auto image = std::make_shared<std::filesystem::path>();
-  show->add_option("IMAGE", *image, "A folder that mirrors the device's files")->required();
-  actions[show] = [image] {
-    RequireImage(*image);
-    PrintTree(std::cout, ReadTree(*image));
+  struct Request {
+    std::filesystem::path image;
+    Discretion::Choice choice;
+  };
+  const auto request = std::make_shared<Request>();
+  show->add_option("IMAGE", request->image, "A folder that mirrors the device's files")->required();
+  show->add_flag("--show-secrets", request->choice.show_secrets, "Show passwords, keys and PINs");
+  actions[show] = [request] {
+    RequireImage(request->image);
+    const Tree device = ReadTree(request->image);
+    PrintTree(std::cout, device, Discretion(request->choice, device));
     return 0;
   };
 }

@@ -1,11 +1,9 @@
-#include <array>
-#include <chrono>
-#include <cstdio>
 #include <optional>
 #include <string>
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/rotation_date.h"
 
 namespace lab {
 namespace {
@@ -22,40 +20,8 @@ void FindAccess(const Place& place, Findings& findings) {
   }
 }
 
-/// The numbers of "year-month-day hour:minute"; none for another text.
-std::optional<std::array<int, 5>> PartsOf(const std::string& date) {
-  std::array<int, 5> parts{};
-  int used = 0;
-  const int read = std::sscanf(date.c_str(), "%d-%d-%d %d:%d%n", parts.data(), &parts[1], &parts[2],
-                               &parts[3], &parts[4], &used);
-  if (read != 5 || static_cast<std::size_t>(used) != date.size()) return std::nullopt;
-  return parts;
-}
-
-bool IsInCalendar(const std::string& date) {
-  const auto parts = PartsOf(date);
-  if (!parts) return false;
-  const auto [year, month, day, hour, minute] = *parts;
-  if (month < 1 || month > 12 || day < 1 || day > 31) return false;
-  const std::chrono::year_month_day calendar{std::chrono::year(year),
-                                             std::chrono::month(static_cast<unsigned>(month)),
-                                             std::chrono::day(static_cast<unsigned>(day))};
-  return calendar.ok() && hour >= 0 && hour < 24 && minute >= 0 && minute < 60;
-}
-
 bool AreDigits(const std::string& text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
-/// Whether the stored date is not the year, month and day that the document has. Where the stored text has
-/// another form the document's date is a fixed one.
-bool IsOtherDate(const std::string& stored, const std::string& now) {
-  std::array<int, 3> was{};
-  int used = 0;
-  const int read = std::sscanf(stored.c_str(), "%d/%d/%d%n", was.data(), &was[1], &was[2], &used);
-  if (read != 3 || static_cast<std::size_t>(used) != stored.size()) return true;
-  const auto is = PartsOf(now);
-  return is && (was[0] != (*is)[0] || was[1] != (*is)[1] || was[2] != (*is)[2]);
 }
 
 void FindMail(const Place& place, const Json::Value& rotation, Findings& findings) {

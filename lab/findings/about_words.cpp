@@ -34,10 +34,6 @@ constexpr Number kNetworkNumbers[]{{"max_num_client", "max_num_client"},
                                    {"key_rotation", "key_rotation"},
                                    {"dtim", "dtim"}};
 
-bool IsWhole(const std::string& text, int number) {
-  return text == std::to_string(number);
-}
-
 void FindFlag(const Rehearsal& rehearsal, const std::string& file, std::string_view key, Findings& findings) {
   if (IsUnclearFlag(rehearsal.Was(file, key))) {
     findings.Add("flag-unknown", ToldOf(rehearsal, file, key));
@@ -51,7 +47,7 @@ void FindOfNetwork(const Place& place, Findings& findings) {
   for (const auto& [key, member] : kNetworkNumbers) {
     const std::string word = place.Was(key).value_or("");
     const int now = NumberIn(*place.radio.now, member, 0);
-    if (!word.empty() && !IsWhole(word, now)) {
+    if (!IsReadWhole(word, now)) {
       findings.Add("number-unreadable", place.Told(key) + " is now " + std::to_string(now));
     }
   }

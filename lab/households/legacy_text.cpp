@@ -85,6 +85,11 @@ std::optional<std::string> FindValue(const std::vector<LegacyEntry>& entries, st
   return found->value;
 }
 
+bool IsReadWhole(std::string_view word, int number) {
+  word.remove_prefix(std::min(word.find_first_not_of(' '), word.size()));
+  return word.empty() || word == std::to_string(number);
+}
+
 std::string WithoutEntry(std::string_view text, const LegacyEntry& entry) {
   return Replaced(text, entry, std::nullopt);
 }

@@ -9,6 +9,8 @@
 #include <ostream>
 #include <vector>
 
+#include "lab/reports/safe_text.h"
+
 namespace lab {
 namespace {
 
@@ -33,7 +35,8 @@ std::string Octal(mode_t mode) {
 }
 
 /// "/etc/info.conf  (0644, 120 bytes)".
-std::string Describe(const std::string& path, const Entry& entry) {
+std::string Describe(const std::string& device_path, const Entry& entry, const Discretion& discretion) {
+  const std::string path = discretion.Text(device_path);
   const std::string mode = Octal(entry.mode);
   switch (entry.kind) {
     case Entry::Kind::File:
@@ -41,7 +44,7 @@ std::string Describe(const std::string& path, const Entry& entry) {
     case Entry::Kind::Directory:
       return Printable(path) + "/  (" + mode + ")";
     case Entry::Kind::Link:
-      return Printable(path) + " -> " + Printable(entry.content);
+      return Printable(path) + " -> " + Printable(discretion.Text(entry.content));
     case Entry::Kind::Other:
       break;
   }
@@ -69,51 +72,52 @@ void PrintHow(std::ostream& out, const RunResult& result) {
   }
 }
 
-void PrintConsole(std::ostream& out, const RunResult& result) {
+void PrintConsole(std::ostream& out, const RunResult& result, const Discretion& discretion) {
   if (result.out.empty() && result.err.empty()) out << "\nConsole: nothing\n";
   if (!result.out.empty()) out << "\nStandard output:\n";
-  PrintIndented(out, result.out);
+  PrintIndented(out, discretion.Text(result.out));
   if (!result.err.empty()) out << "\nStandard error:\n";
-  PrintIndented(out, result.err);
+  PrintIndented(out, discretion.Text(result.err));
 }
 
 void PrintPaths(std::ostream& out, std::string_view title, const std::vector<std::string>& paths,
-                const Tree& tree) {
+                const Tree& tree, const Discretion& discretion) {
   if (paths.empty()) return;
   out << "  " << title << '\n';
-  for (const std::string& path : paths) out << "    " << Describe(path, tree.at(path)) << '\n';
+  for (const std::string& path : paths) out << "    " << Describe(path, tree.at(path), discretion) << '\n';
 }
 
-void PrintFiles(std::ostream& out, const RunResult& result, const TreeDiff& diff) {
+void PrintFiles(std::ostream& out, const RunResult& result, const TreeDiff& diff,
+                const Discretion& discretion) {
   if (diff == TreeDiff{}) {
     out << "\nFiles: as before\n";
     return;
   }
   out << "\nFiles:\n";
-  PrintPaths(out, "written", diff.written, result.after);
-  PrintPaths(out, "changed", diff.changed, result.after);
+  PrintPaths(out, "written", diff.written, result.after, discretion);
+  PrintPaths(out, "changed", diff.changed, result.after, discretion);
   if (!diff.moved.empty()) out << "  moved\n";
   for (const auto& [from, to] : diff.moved)
-    out << "    " << Printable(from) << " -> " << Printable(to) << '\n';
-  PrintPaths(out, "removed", diff.removed, result.before);
+    out << "    " << Printable(discretion.Text(from)) << " -> " << Printable(discretion.Text(to)) << '\n';
+  PrintPaths(out, "removed", diff.removed, result.before, discretion);
 }
 
-void PrintDocuments(std::ostream& out, const Tree& tree, const TreeDiff& diff) {
+void PrintDocuments(std::ostream& out, const Tree& tree, const TreeDiff& diff, const Discretion& discretion) {
   for (const auto* paths : {&diff.written, &diff.changed}) {
     for (const std::string& path : *paths) {
       if (!IsDocument(path, tree.at(path))) continue;
-      out << '\n' << Printable(path) << ":\n";
-      PrintIndented(out, tree.at(path).content);
+      out << '\n' << Printable(discretion.Text(path)) << ":\n";
+      PrintIndented(out, discretion.FileText(path, tree.at(path).content));
     }
   }
 }
 
-void PrintLog(std::ostream& out, const std::vector<LogLine>& log) {
+void PrintLog(std::ostream& out, const std::vector<LogLine>& log, const Discretion& discretion) {
   if (log.empty()) out << "\nSystem log: nothing\n";
   if (!log.empty()) out << "\nSystem log:\n";
   for (const LogLine& line : log) {
     out << "    " << std::left << std::setw(8) << SeverityName(line.severity) << Printable(line.ident) << ": "
-        << Printable(line.message) << '\n';
+        << Printable(discretion.LogLineText(line)) << '\n';
   }
 }
 
@@ -125,39 +129,25 @@ std::string_view SeverityName(int severity) {
   return kNames[static_cast<std::size_t>(LOG_PRI(severity))];
 }
 
-std::string Printable(std::string_view text) {
-  std::string printable;
-  for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
-    if ((byte >= 0x20 && byte != 0x7F) || character == '\t' || character == '\n') {
-      printable.push_back(character);
-    } else {
-      std::array<char, 8> escaped{};
-      std::snprintf(escaped.data(), escaped.size(), "\\x%02x", byte);
-      printable.append(escaped.data());
-    }
-  }
-  return printable;
-}
-
-void PrintReport(std::ostream& out, std::string_view command, const RunResult& result) {
+void PrintReport(std::ostream& out, std::string_view command, const RunResult& result,
+                 const Discretion& discretion) {
   const TreeDiff diff = Diff(result.before, result.after);
   out << "Command:  " << Printable(command) << '\n';
   PrintHow(out, result);
-  PrintConsole(out, result);
-  PrintFiles(out, result, diff);
-  PrintDocuments(out, result.after, diff);
-  PrintLog(out, result.log);
+  PrintConsole(out, result, discretion);
+  PrintFiles(out, result, diff, discretion);
+  PrintDocuments(out, result.after, diff, discretion);
+  PrintLog(out, result.log, discretion);
 }
 
-void PrintTree(std::ostream& out, const Tree& tree) {
+void PrintTree(std::ostream& out, const Tree& tree, const Discretion& discretion) {
   for (const auto& [path, entry] : tree) {
-    if (entry.kind != Entry::Kind::Directory) out << Describe(path, entry) << '\n';
+    if (entry.kind != Entry::Kind::Directory) out << Describe(path, entry, discretion) << '\n';
   }
   for (const auto& [path, entry] : tree) {
     if (entry.kind != Entry::Kind::File || !IsSmallText(entry.content)) continue;
-    out << '\n' << Printable(path) << ":\n";
-    PrintIndented(out, entry.content);
+    out << '\n' << Printable(discretion.Text(path)) << ":\n";
+    PrintIndented(out, discretion.FileText(path, entry.content));
   }
 }
 

@@ -20,6 +20,7 @@
 #include "lab/images/namespaces.h"
 #include "lab/images/tree.h"
 #include "tests/support/child_process.h"
+#include "tests/support/json_text.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lab {
@@ -27,6 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using lab_test::TemporaryFolder;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 using testing_support::Shell;
@@ -55,37 +57,86 @@ class DeviceLab : public ::testing::Test {
 
 TEST_F(DeviceLab, RunsTheProgramOnACopyOfAnImage) {
   const Tree before = ReadTree(image_.Path());
-  const ShellResult result = Run("8000");
+  const ShellResult result = Run("8000 --documents");
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.output,
-            "Command:  lab_test_program --update-config 8000\n"
-            "Ended:    exit status 0\n"
-            "\n"
-            "Console: nothing\n"
-            "\n"
-            "Files:\n"
-            "  written\n"
-            "    /etc/new.json  (0644, 21 bytes)\n"
-            "  moved\n"
-            "    /etc/old.conf -> /etc/archive/old.conf\n"
-            "  removed\n"
-            "    /etc/gone.conf  (0644, 0 bytes)\n"
-            "\n"
-            "/etc/new.json:\n"
-            "    {\n"
-            "    \t\"from\" : \"8000\"\n"
-            "    }\n"
-            "\n"
-            "System log:\n"
-            "    warning lab_test_program: updating from 8000\n");
+  EXPECT_THAT(result.output,
+              StartsWith(image_.Path().native() + " from build 8000: migrated, exit status 0\n"));
+  EXPECT_THAT(result.output, EndsWith("\n"
+                                      "Command:  lab_test_program --update-config 8000\n"
+                                      "Ended:    exit status 0\n"
+                                      "\n"
+                                      "Console: nothing\n"
+                                      "\n"
+                                      "Files:\n"
+                                      "  written\n"
+                                      "    /etc/new.json  (0644, 21 bytes)\n"
+                                      "  moved\n"
+                                      "    /etc/old.conf -> /etc/archive/old.conf\n"
+                                      "  removed\n"
+                                      "    /etc/gone.conf  (0644, 0 bytes)\n"
+                                      "\n"
+                                      "/etc/new.json:\n"
+                                      "    {\n"
+                                      "    \t\"from\" : \"8000\"\n"
+                                      "    }\n"
+                                      "\n"
+                                      "System log:\n"
+                                      "    warning lab_test_program: updating from 8000\n"));
   EXPECT_EQ(ReadTree(image_.Path()), before);
+}
+
+TEST_F(DeviceLab, PrintsOneJsonObject) {
+  const ShellResult result = Run("8000 --json");
+  EXPECT_EQ(result.status, 0);
+  const Json::Value json = testing_support::ParseJson(result.output);
+  EXPECT_EQ(json["schema"], 1);
+  EXPECT_EQ(json["outcome"], "migrated");
+  EXPECT_EQ(json["files"]["moved"][0]["to"], "/etc/archive/old.conf");
+  EXPECT_NE(Run("8000 --json --documents").status, 0);
+}
+
+TEST_F(DeviceLab, KeepsADeviceForItsOwnerOnlyAndTellsSo) {
+  const fs::path kept = folder_ / "kept";
+  const ShellResult result = Run("8000 --keep " + kept.native());
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.output, HasSubstr("devicelab: the device is kept in " + kept.native() +
+                                       ", with the household's secrets\n"));
+  EXPECT_EQ(fs::status(kept).permissions(), fs::perms::owner_all);
+  EXPECT_EQ(lab_test::ReadFile(kept / "etc/archive/old.conf"), "old=1\n");
+  EXPECT_FALSE(fs::exists(kept / "etc/gone.conf"));
+  const ShellResult again = Run("8000 --keep " + kept.native());
+  EXPECT_EQ(again.status, 1);
+  EXPECT_EQ(again.output, "devicelab: the folder " + kept.native() + " is not empty\n");
+  EXPECT_EQ(Run("8000 --keep /no/folder").status, 1);
+}
+
+TEST_F(DeviceLab, ShowsSecretsOfAnImageToThoseWhoAskOnly) {
+  image_.Write("usr/kelp/etc/secret.key", "0011aabb\n");
+  image_.Write("usr/kelp/etc/wifi/wifi_wps", "wps_ap_pin=12345670\n");
+  const std::string show = "show " + image_.Path().native();
+  EXPECT_THAT(Lab(show).output,
+              ::testing::AllOf(HasSubstr("wps_ap_pin=********\n"), HasSubstr("    ********\n")));
+  EXPECT_THAT(Lab(show).output,
+              ::testing::Not(::testing::AnyOf(HasSubstr("12345670"), HasSubstr("0011aabb"))));
+  EXPECT_THAT(Lab(show + " --show-secrets").output,
+              ::testing::AllOf(HasSubstr("wps_ap_pin=12345670\n"), HasSubstr("    0011aabb\n")));
+}
+
+TEST_F(DeviceLab, HasNoColoursWhereNoTerminalIs) {
+  EXPECT_EQ(Run("8000").output.find('\x1b'), std::string::npos);
+}
+
+TEST_F(DeviceLab, FailsWhereTheReportCannotBeWritten) {
+  const std::string run = "run " + image_.Path().native() + " --from 8000 --program " + TEST_PROGRAM;
+  for (const char* form : {"", " --json", " --documents"}) {
+    EXPECT_NE(Lab(run + form + " > /dev/full").status, 0) << form;
+  }
 }
 
 TEST_F(DeviceLab, FailsAsTheProgramDoes) {
   const ShellResult failed = Run("bad");
   EXPECT_EQ(failed.status, 3);
-  EXPECT_THAT(failed.output,
-              HasSubstr("Ended:    exit status 3\n\nStandard error:\n    no update from bad\n"));
+  EXPECT_THAT(failed.output, HasSubstr(": failed, exit status 3\n  no update from bad\n"));
   const ShellResult crashed = Run("crash");
   EXPECT_EQ(crashed.status, 128 + 11);
   EXPECT_THAT(crashed.output, HasSubstr("killed by signal 11"));
@@ -104,7 +155,7 @@ TEST_F(DeviceLab, RunsTheProgramBesideItByDefault) {
                                        (folder_ / "kelpwifiupdater").native() +
                                        ": build it, or name another with --program\n");
   fs::copy_file(TEST_PROGRAM, folder_ / "kelpwifiupdater");
-  EXPECT_THAT(Shell(command).output, StartsWith("Command:  kelpwifiupdater --update-config 1\n"));
+  EXPECT_THAT(Shell(command).output, HasSubstr(" from build 1: migrated, exit status 0\n"));
 }
 
 TEST_F(DeviceLab, LeavesTheCurrentFolderAndTheTemporaryFolderAlone) {
@@ -313,7 +364,7 @@ TEST_F(DeviceLab, RunsAsAnOrdinaryUser) {
                                    std::string(DEVICELAB) + " run " + image_.Path().native() +
                                    " --from 8000 --program " + TEST_PROGRAM);
   EXPECT_EQ(result.status, 0) << result.output;
-  EXPECT_THAT(result.output, HasSubstr("/etc/old.conf -> /etc/archive/old.conf"));
+  EXPECT_THAT(result.output, HasSubstr("  moved to /etc/archive/: /etc/ old.conf\n"));
 }
 
 }  // namespace

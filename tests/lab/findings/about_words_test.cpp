@@ -43,7 +43,7 @@ TEST(FindingsAboutWords, LeaveNumbersAloneThatAreMissingOrEmpty) {
   Household household;
   household.Drop(Household::k24, "max_num_client");
   household.Set(Household::k24, "dtim", "");
-  household.Set(Household::k24, "key_rotation", "3600");
+  household.Set(Household::k24, "key_rotation", " 7200");
   EXPECT_THAT(Found(household), IsEmpty());
 }
 

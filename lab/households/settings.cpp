@@ -1,0 +1,270 @@
+#include "lab/households/settings.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "lab/households/rotation_date.h"
+#include "lab/households/schemas.h"
+
+namespace lab {
+namespace {
+
+/// How a setting's word and its value are compared, to see whether the word counted.
+enum class Form { Flag, NegatedFlag, Number, Word, Text, Ssid, Secret, Date, List, Fixed };
+
+/// A member of a document and the legacy key that it is named for.
+struct Member {
+  const char* name;
+  const char* key;  // null where there is none
+  Form form;
+  int message = 0;  // logged where a word is not known
+};
+
+constexpr std::array kNetworkMembers{
+    Member{"enabled", "enabled", Form::Flag},
+    Member{"ssid", "ssid", Form::Ssid},
+    Member{"display_ssid", "display_ssid", Form::Flag},
+    Member{"security", "security", Form::Word, 760},
+    Member{"password", "password", Form::Secret},
+    Member{"pmf_mode", "pmf_mode", Form::Word, 776},
+    Member{"max_num_client", "max_num_client", Form::Number},
+    Member{"restrict_guest_access", "allow_access_guest", Form::NegatedFlag},
+    Member{"auth_server_ip", "auth_server_ip", Form::Text},
+    Member{"auth_server_port", "auth_server_Port", Form::Number},
+    Member{"schedule_enabled", "schedule_enabled", Form::Flag},
+    Member{"schedule_kind", nullptr, Form::Fixed},
+    Member{"schedule", "schedule", Form::Text},
+    Member{"preset_number", nullptr, Form::Fixed},
+    Member{"preset_flag", nullptr, Form::Fixed},
+    Member{"mac_filter_profile_id", nullptr, Form::Fixed},
+    Member{"ampdu", "ampdu", Form::Flag},
+    Member{"uapsd_enable", "uapsd_enable", Form::Flag},
+    Member{"ap_mumimo", "ap_mumimo", Form::Flag},
+    Member{"ap_enable_11r", "ap_enable_11r", Form::Flag},
+    Member{"ap_mcast_translating", "ap_mcast_translating", Form::Flag},
+    Member{"country_abbrev_override_enable", "country_abbrev_override_enable", Form::Flag},
+    Member{"ap_isolation", "ap_isolation", Form::Flag},
+    Member{"preset_on", nullptr, Form::Fixed},
+    Member{"enable_ext_nss", "enable_ext_nss", Form::Flag},
+    Member{"sc_disable_legacy_steering", "sc_disable_legacy_steering", Form::Flag},
+    Member{"key_rotation", "key_rotation", Form::Number},
+    Member{"dtim", "dtim", Form::Number},
+};
+
+constexpr std::array kRotationMembers{
+    Member{"enable", "pwd_rotate_enable", Form::Flag},
+    Member{"date_type", "pwd_rotate_date_type", Form::Word, 855},
+    Member{"strength", "pwd_rotate_strength", Form::Word, 869},
+    Member{"date", "pwd_rotate_date", Form::Date},
+    Member{"week_day", "pwd_rotate_week_day", Form::Text},
+    Member{"notify_enable", "pwd_rotate_notify_enable", Form::Flag},
+    Member{"mail_list", "pwd_rotate_mail_list", Form::List},
+};
+
+constexpr std::array kRadioMembers{
+    Member{"channel", "channel", Form::Number},
+    Member{"channel2", "channel2", Form::Number},
+    Member{"bandwidth", "bandwidth", Form::Word, 838},
+    Member{"mode", "mode", Form::Word, 795},
+    Member{"txPower", "tx_power", Form::Word, 811},
+    Member{"allowDFSChannels", "allow_dfs_channels", Form::Flag},
+    Member{"usb3Enabled", nullptr, Form::Word, 896},
+    Member{"thirdFlag", nullptr, Form::Fixed},
+    Member{"fourthFlag", nullptr, Form::Fixed},
+};
+
+constexpr int kFirstEnterprise = 8;
+constexpr int kLastEnterprise = 11;
+constexpr int kBand2_4GHz = 1;
+
+/// "auto" is how the legacy files write the channel 0.
+bool IsAutomaticChannel(const Member& member, const std::string& word, const Json::Value& now) {
+  return std::string_view(member.key).starts_with("channel") && word == "auto" && now == 0;
+}
+
+bool FellBack(const Rehearsal& rehearsal, const Member& member, const Setting& setting) {
+  const std::string word = setting.was.value_or("");
+  switch (member.form) {
+    case Form::Flag:
+    case Form::NegatedFlag:
+      return !word.empty() && word != "yes" && word != "no";
+    case Form::Number:
+      return setting.now.isInt() && !IsReadWhole(word, setting.now.asInt()) &&
+             !IsAutomaticChannel(member, word, setting.now);
+    case Form::Word:
+      return member.key == nullptr ? rehearsal.Logged(member.message)
+                                   : rehearsal.Logged(member.message, word);
+    case Form::Ssid:
+    case Form::Secret:
+      return !word.empty() && setting.now == "";
+    case Form::Date:
+      return setting.now.isString() && IsOtherDate(word, setting.now.asString());
+    case Form::Text:
+    case Form::List:
+    case Form::Fixed:
+      break;
+  }
+  return false;
+}
+
+Privacy PrivacyOf(const Member& member) {
+  if (member.form == Form::Secret) return Privacy::Secret;
+  return member.form == Form::Ssid ? Privacy::Ssid : Privacy::None;
+}
+
+/// A setting of which `key` (formed for the network) stands in `file`.
+Setting Describe(const Rehearsal& rehearsal, const Member& member, const std::string& file,
+                 const std::string& key, const Json::Value& object, const Json::Value& words) {
+  Setting setting;
+  setting.member = member.name;
+  setting.title = Title(words[member.name]);
+  if (object.isObject()) setting.now = object[member.name];
+  setting.meaning = Meaning(words[member.name], setting.now);
+  setting.privacy = PrivacyOf(member);
+  if (!key.empty()) {
+    setting.file = file;
+    setting.key = key;
+    setting.was = rehearsal.Was(file, key);
+  }
+  setting.fell_back = rehearsal.IsWholeMigration() && FellBack(rehearsal, member, setting);
+  return setting;
+}
+
+std::string KeyOf(const Member& member, const NetworkPart& network, const Json::Value& now) {
+  if (member.key == nullptr) return "";
+  if (member.form == Form::NegatedFlag && !network.is_guest) return "";
+  const int security = NumberIn(now, "security", 0);
+  const bool is_enterprise = security >= kFirstEnterprise && security <= kLastEnterprise;
+  if (member.form == Form::Secret && is_enterprise) return network.Key("auth_server_shared_secret");
+  return network.Key(member.key);
+}
+
+bool IsSmartConnectOn(const Rehearsal& rehearsal) {
+  const auto& networks = rehearsal.Networks();
+  return std::ranges::any_of(networks, [](const NetworkPart& network) {
+    return !network.is_guest && FlagIn(*network.now, "smartConnect");
+  });
+}
+
+/// With smart connect a radio's power and DFS are those of the all-bands file.
+void LetAllBandsDecide(const Rehearsal& rehearsal, Setting& setting) {
+  const bool is_flag = setting.key == "allow_dfs_channels";
+  if (!is_flag && setting.key != "tx_power") return;
+  const std::string all_bands = std::string(kWifiFolder) + "wifi_ap_00:00:00:00:00:00";
+  const std::string deciding = rehearsal.Was(all_bands, setting.key).value_or("");
+  const std::string own = setting.was.value_or("");
+  setting.decided_elsewhere = is_flag ? (own == "yes") != (deciding == "yes") : own != deciding;
+  if (!is_flag) setting.fell_back = rehearsal.Logged(811, deciding);
+}
+
+Setting Fact(const Rehearsal& rehearsal, const char* member, const char* key, const Json::Value& object,
+             const Json::Value& words, int message) {
+  const Member fact{member, key, Form::Word, message};
+  Setting setting = Describe(rehearsal, fact, kInformationStore, key == nullptr ? "" : key, object, words);
+  setting.fell_back = message != 0 && rehearsal.Logged(message);
+  return setting;
+}
+
+}  // namespace
+
+std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const NetworkPart& network,
+                                const RadioPart& radio) {
+  const Json::Value& words = Properties("network", "feature");
+  std::vector<Setting> settings;
+  for (const Member& member : kNetworkMembers) {
+    settings.push_back(
+        Describe(rehearsal, member, radio.file, KeyOf(member, network, *radio.now), *radio.now, words));
+  }
+  const Json::Value nothing;
+  const Json::Value& rotation = radio.now->isObject() ? (*radio.now)["guestPasswordRotation"] : nothing;
+  const Json::Value& rotation_words = Properties("network", "rotation");
+  for (const Member& member : kRotationMembers) {
+    const std::string key = network.is_guest ? network.Key(member.key) : "";
+    Setting setting = Describe(rehearsal, member, radio.file, key, rotation, rotation_words);
+    if (!network.is_guest) setting.fell_back = false;
+    setting.member = "guestPasswordRotation." + setting.member;
+    settings.push_back(std::move(setting));
+  }
+  return settings;
+}
+
+std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const RadioPart& radio) {
+  const Json::Value& words = Properties("radio", "radio");
+  const bool smart_connect = IsSmartConnectOn(rehearsal);
+  std::vector<Setting> settings;
+  for (const Member& member : kRadioMembers) {
+    const bool is_forced = radio.frequency == kBand2_4GHz && std::string_view(member.name) == "bandwidth" &&
+                           rehearsal.Was(radio.file, "force_24g_40mhz") == "yes";
+    const char* const key = is_forced ? "force_24g_40mhz" : member.key;
+    Setting setting = Describe(rehearsal, member, radio.file, key == nullptr ? "" : key, *radio.now, words);
+    if (smart_connect) LetAllBandsDecide(rehearsal, setting);
+    settings.push_back(std::move(setting));
+  }
+  return settings;
+}
+
+std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const NetworkPart& network) {
+  const Json::Value& words = Properties("network", "network");
+  const std::string all_bands = network.radios.front().file;
+  const std::string filter = kFilterFolder + std::string(network.is_guest ? "mf_guest.info" : "mf.info");
+  std::vector<Setting> settings;
+  settings.push_back(Describe(rehearsal, {"smartConnect", "smartconnect_enabled", Form::Flag}, all_bands,
+                              network.is_guest ? "smartconnect_guest_enabled" : "smartconnect_enabled",
+                              *network.now, words));
+  Setting profile = Describe(rehearsal, {"mac_filter_profile_id", "policy", Form::Text}, filter, "policy",
+                             *network.now, words);
+  const std::string policy = profile.was.value_or("");
+  const bool is_wanted = !policy.empty() && policy != "disabled";
+  profile.fell_back = rehearsal.IsWholeMigration() && is_wanted && profile.now == -1;
+  settings.push_back(std::move(profile));
+  return settings;
+}
+
+std::vector<Setting> WPSSettings(const Rehearsal& rehearsal) {
+  const Json::Value* const wps = rehearsal.Document("wps.json");
+  if (wps == nullptr) return {};
+  const Json::Value& words = Properties("wps", "");
+  std::vector<Setting> settings;
+  for (const Member& member : {Member{"enabled", nullptr, Form::Fixed}, Member{"band", nullptr, Form::Fixed},
+                               Member{"pin_enabled", "is_wps_ap_pin_enabled", Form::Flag},
+                               Member{"pin", "wps_ap_pin", Form::Secret}}) {
+    settings.push_back(
+        Describe(rehearsal, member, kWPSFile, member.key == nullptr ? "" : member.key, *wps, words));
+  }
+  return settings;
+}
+
+std::vector<Setting> DeviceSettings(const Rehearsal& rehearsal) {
+  std::vector<Setting> settings;
+  const Json::Value* const global = rehearsal.Document("global.json");
+  if (global != nullptr && global->isObject()) {
+    const Json::Value& words = Properties("global", "");
+    settings.push_back(Fact(rehearsal, "defaultModel", "kelpbios", *global, words, 0));
+    settings.push_back(Fact(rehearsal, "connectedModels", nullptr, (*global)["meshInfo"],
+                            words["meshInfo"]["properties"], 140));
+    settings.push_back(Fact(rehearsal, "isRepeater", "mesh_network_role", (*global)["meshInfo"],
+                            words["meshInfo"]["properties"], 140));
+    settings.push_back(Fact(rehearsal, "countryCode", "country_code", (*global)["countryCodeSetting"],
+                            words["countryCodeSetting"]["properties"], 280));
+    settings.push_back(Fact(rehearsal, "backhaulSwapped", "mesh_swap_backhaul_band", *global, words, 300));
+  }
+  const Json::Value* const misc = rehearsal.Document("misc.json");
+  if (misc != nullptr && misc->isObject()) {
+    const Json::Value& words = Properties("misc", "");
+    settings.push_back(Fact(rehearsal, "netTopology", "net_topology", *misc, words, 168));
+    const Json::Value& detect = (*misc)["broadcastDetect"];
+    const Json::Value& detect_words = words["broadcastDetect"]["properties"];
+    const std::string file = std::string(kFilterFolder) + "mf.setting";
+    for (const Member& member : {Member{"enabled", "broadcast_detect_enabled", Form::Flag},
+                                 Member{"threshold", "broadcast_threshold", Form::Number}}) {
+      settings.push_back(Describe(rehearsal, member, file, member.key, detect, detect_words));
+      settings.back().member = std::string("broadcastDetect.") + member.name;
+    }
+    Setting& detection = settings[settings.size() - 2];
+    detection.fell_back = detection.fell_back || (detection.was == "yes" && detection.now == false);
+  }
+  return settings;
+}
+
+}  // namespace lab

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "lab/findings/findings.h"
+#include "lab/households/settings.h"
+#include "lab/reports/discretion.h"
+#include "lab/runs/outcome.h"
+#include "lab/runs/program_run.h"
+
+namespace lab {
+
+/// What a report tells of one run on one household, with discretion: nothing in it is more than may be shown.
+/// Texts are bytes as the device had them.
+struct HouseholdReport {
+  /// A network on one radio, or a radio.
+  struct Part {
+    int frequency = 0;
+    /// Its access-point file.
+    std::string file;
+    std::vector<Setting> settings;
+  };
+  struct Network {
+    std::string name;
+    bool is_guest = false;
+    std::vector<Setting> settings;
+    /// All bands first.
+    std::vector<Part> radios;
+  };
+  struct FilterProfile {
+    int id = 0;
+    std::string name;
+    std::string policy;
+    Json::Value devices;
+  };
+  /// All findings of one kind.
+  struct Found {
+    const FindingKind* kind = nullptr;
+    std::vector<std::string> places;
+  };
+  struct Message {
+    int number = 0;
+    int severity = 0;
+    std::string text;
+  };
+
+  std::string image;
+  std::string from;
+  Outcome outcome = Outcome::UnusableImage;
+  int status = -1;
+  int signal = 0;
+  std::string error;
+  std::string out;
+  std::string err;
+  std::vector<Setting> device;
+  std::vector<Network> networks;
+  std::vector<Part> radios;
+  std::vector<Setting> wps;
+  std::vector<FilterProfile> filters;
+  std::vector<Found> findings;
+  std::vector<Message> log;
+  TreeDiff files;
+};
+
+/// The report of a run on `image` from the build `from`.
+HouseholdReport Tell(const std::string& image, const std::string& from, const RunResult& run,
+                     const Discretion& discretion);
+
+}  // namespace lab
