@@ -101,7 +101,7 @@ bool DrainUntilEnd(const Descriptor& process, Output& out, Output& err, LogColle
     std::array<pollfd, 4> sources{pollfd{process.Get(), POLLIN, 0}, pollfd{out.ReadingEnd(), POLLIN, 0},
                                   pollfd{err.ReadingEnd(), POLLIN, 0},
                                   pollfd{log != nullptr ? log->Socket() : -1, POLLIN, 0}};
-    ::poll(sources.data(), sources.size(), static_cast<int>(std::min<long>(left, INT_MAX)));
+    ::poll(sources.data(), sources.size(), static_cast<int>(std::min<std::int64_t>(left, INT_MAX)));
     if (sources[0].revents != 0) return true;
     out.Drain();
     err.Drain();
