@@ -103,9 +103,9 @@ TEST_P(SampleDevices, RunsWithoutALogDaemon) {
   expected.ExpectPaths(run);
 }
 
-/// Dates everything on the device; gives whether the file system has room for such a date. Where programs have 32 bits the
-/// boot environment keeps its date: libubootenv looks at it with the types that it was itself built with, which in Debian
-/// are the narrow ones.
+/// Dates everything on the device; gives whether the file system has room for such a date. Where programs
+/// have 32 bits the boot environment keeps its date: libubootenv looks at it with the types that it was
+/// itself built with, which in Debian are the narrow ones.
 bool DateEverything(const lab::PrivateRoot& device, time_t date) {
   const std::array<timespec, 2> times{timespec{date, 0}, timespec{date, 0}};
   for (const auto& entry : std::filesystem::recursive_directory_iterator(device.Path())) {
