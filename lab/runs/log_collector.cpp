@@ -64,6 +64,15 @@ std::string_view TakeIdent(std::string_view& rest) {
   return ident.substr(0, ident.find('['));
 }
 
+/// The folder by its descriptor: the root's own path may be longer than a socket's address.
+sockaddr_un Address(const Descriptor& directory) {
+  const std::string path = "/proc/self/fd/" + std::to_string(directory.Get()) + "/" + kName;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  return address;
+}
+
 }  // namespace
 
 std::ostream& operator<<(std::ostream& out, const LogLine& line) {
@@ -84,11 +93,7 @@ LogCollector::LogCollector(PrivateRoot& root)
     : directory_(root.Open(kDirectory, O_PATH | O_DIRECTORY)),
       socket_(Checked(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), "make a socket for",
                       kPath)) {
-  // The folder by its descriptor: the root's own path may be longer than a socket's address.
-  const std::string path = "/proc/self/fd/" + std::to_string(directory_.Get()) + "/" + kName;
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  const sockaddr_un address = Address(directory_);
   Checked(::bind(socket_.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), "bind", kPath);
   Checked(::fchmodat(directory_.Get(), kName, 0666, 0), "set the mode of", kPath);
   root.MarkProvided(std::string(kPath));
@@ -109,6 +114,19 @@ void LogCollector::Drain() {
     std::string datagram(static_cast<std::size_t>(Checked(size, "receive from", kPath)), '\0');
     Checked(::recv(socket_.Get(), datagram.data(), datagram.size(), 0), "receive from", kPath);
     datagrams_.push_back(std::move(datagram));
+  }
+}
+
+void LogCollector::Fill() {
+  const sockaddr_un address = Address(directory_);
+  const auto* const receiver = reinterpret_cast<const sockaddr*>(&address);
+  for (bool has_room = true; has_room;) {
+    // Each sender has a bound of its own; only when a new one finds no room there is none.
+    const Descriptor sender(
+        Checked(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), "make a socket for", kPath));
+    has_room = false;
+    while (::sendto(sender.Get(), "", 0, 0, receiver, sizeof address) == 0) has_room = true;
+    if (errno != EAGAIN) ThrowErrno("send to", kPath);
   }
 }
 

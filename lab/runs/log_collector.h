@@ -34,9 +34,9 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line);
 /// the parts that are missing stay zero or empty and all that is left is the message.
 LogLine ParseLogLine(std::string_view datagram);
 
-/// The system log of a private root: a socket at its /dev/log. A sender blocks while ten datagrams wait
-/// unread, so whoever owns a collector drains it while the sender runs. The root must stay where it is for as
-/// long.
+/// The system log of a private root: a socket at its /dev/log. A sender of syslog(3) blocks while ten
+/// datagrams wait unread, so whoever owns a collector drains it while the sender runs. The root must stay
+/// where it is for as long.
 class LogCollector {
  public:
   explicit LogCollector(PrivateRoot& root);
@@ -48,6 +48,8 @@ class LogCollector {
   int Socket() const { return socket_.Get(); }
   /// Takes in all that waits, without blocking.
   void Drain();
+  /// Sends itself so much that no sender finds room before the next Drain().
+  void Fill();
   /// Drains, and gives the lines collected since the last call in the order in which they were sent.
   std::vector<LogLine> Take();
 

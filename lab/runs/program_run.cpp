@@ -24,20 +24,35 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+/// Writes into a pipe until it takes no more.
+void Fill(const Descriptor& pipe) {
+  const std::array<char, PIPE_BUF> piece{};
+  Checked(::fcntl(pipe.Get(), F_SETFL, O_NONBLOCK), "arrange", "a pipe");
+  while (::write(pipe.Get(), piece.data(), piece.size()) > 0) {
+  }
+  Checked(::fcntl(pipe.Get(), F_SETFL, 0), "arrange", "a pipe");
+}
+
 /// A stream of the program's that is kept as text.
 class Output {
  public:
-  Output() {
+  explicit Output(Console console) {
     std::array<int, 2> ends{};
     Checked(::pipe2(ends.data(), O_CLOEXEC), "make", "a pipe");
-    reading_ = Descriptor(ends[0]);
+    Descriptor reading(ends[0]);
     writing_ = AboveStandardStreams(Descriptor(ends[1]));
-    Checked(::fcntl(reading_.Get(), F_SETFL, O_NONBLOCK), "arrange", "a pipe");
+    if (console == Console::Full) {
+      Fill(writing_);
+      unread_ = std::move(reading);
+    } else if (console != Console::Broken) {
+      reading_ = std::move(reading);
+      Checked(::fcntl(reading_.Get(), F_SETFL, O_NONBLOCK), "arrange", "a pipe");
+    }
   }
 
   int WritingEnd() const { return writing_.Get(); }
   void CloseWritingEnd() { writing_.Close(); }
-  /// -1 once nothing more can come.
+  /// -1 once nothing more can come, and where nobody reads.
   int ReadingEnd() const { return reading_.Get(); }
 
   /// Takes in all that waits, without blocking.
@@ -61,6 +76,7 @@ class Output {
 
  private:
   Descriptor reading_;
+  Descriptor unread_;  // held open
   Descriptor writing_;
   std::string text_;
 };
@@ -152,10 +168,11 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
   {
     std::optional<LogCollector> log;
     if (options.collect_log) log.emplace(root);
+    if (log && options.stuck_log) log->Fill();
     const Descriptor empty = AboveStandardStreams(
         Descriptor(Checked(::open("/dev/null", O_RDONLY | O_CLOEXEC), "open", "/dev/null")));
-    Output out;
-    Output err;
+    Output out(options.console);
+    Output err(options.console);
     StartReport report;
 
     const pid_t starter = ::getpid();
@@ -171,8 +188,8 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
     report.starting.Close();
     const auto file_systems = AwaitStart(report.waiting);
 
-    result.timed_out =
-        !DrainUntilEnd(process, out, err, log ? &*log : nullptr, Clock::now() + options.timeout);
+    LogCollector* const drained = log && !options.stuck_log ? &*log : nullptr;
+    result.timed_out = !DrainUntilEnd(process, out, err, drained, Clock::now() + options.timeout);
     const int status = child.End();
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
@@ -180,7 +197,7 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
     err.Drain();
     result.out = out.Take();
     result.err = err.Take();
-    if (log) result.log = log->Take();
+    if (drained != nullptr) result.log = drained->Take();
     for (const auto& [path, file_system] : file_systems) KeepFileSystem(root, path, file_system);
   }
   result.after = root.Snapshot();

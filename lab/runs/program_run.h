@@ -39,6 +39,14 @@ struct ForeignMachine {
   std::filesystem::path libraries;
 };
 
+/// What the program finds at its standard streams.
+enum class Console {
+  Collected,  // an empty input, and two pipes that are read
+  Closed,     // nothing at all
+  Broken,     // pipes whose reading end is closed
+  Full,       // full pipes that nobody reads
+};
+
 /// How a program is run; the defaults are those of an ordinary run on a device.
 struct RunOptions {
   /// Gives the program the host's /proc, with the device's own entries (and no others) in /proc/sys/kernel.
@@ -62,13 +70,15 @@ struct RunOptions {
   /// The program is killed when it has not ended by then.
   std::chrono::milliseconds timeout = std::chrono::seconds(60);
   mode_t umask = 022;
-  /// Starts the program with descriptors 0, 1 and 2 closed.
-  bool close_standard_streams = false;
+  Console console = Console::Collected;
   /// A RLIMIT_ constant and its value, for the soft and the hard limit.
   std::vector<std::pair<int, rlim_t>> rlimits{};
   std::string cwd = "/";
   /// Without it nothing listens at /dev/log.
   bool collect_log = true;
+  /// Leaves the socket at /dev/log without room for a single line, and unread: whoever waits for it waits for
+  /// ever. The result has no log then.
+  bool stuck_log = false;
 };
 
 /// What a run did.
@@ -78,6 +88,7 @@ struct RunResult {
   /// The signal that ended the program, or 0.
   int signal = 0;
   bool timed_out = false;
+  /// Empty unless the console was collected.
   std::string out;
   std::string err;
   std::vector<LogLine> log;

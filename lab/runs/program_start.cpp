@@ -60,7 +60,7 @@ void EnterRoot(const ProgramStart& start) {
 }
 
 void ArrangeStandardStreams(const ProgramStart& start) {
-  if (start.options.close_standard_streams) {
+  if (start.options.console == Console::Closed) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
     return;
   }

@@ -80,7 +80,7 @@ TEST_P(SampleDevices, DocumentsAreForTheDaemonAlone) {
 TEST_P(SampleDevices, RunsWithClosedStandardStreams) {
   lab::PrivateRoot device(Image(GetParam().device));
   lab::RunOptions options;
-  options.close_standard_streams = true;
+  options.console = lab::Console::Closed;
 
   const lab::RunResult run = UpdateFrom(device, GetParam().build, options);
 

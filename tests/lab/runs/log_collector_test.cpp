@@ -21,7 +21,7 @@ using ::testing::IsEmpty;
 const LogLine kLine{LOG_ERR, LOG_USER, "updater", "text"};
 
 /// What a sender's syslog(3) does.
-void Send(const PrivateRoot& root, const std::string& datagram) {
+void Send(const PrivateRoot& root, const std::string& datagram, int flags = 0) {
   const Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   const int size = 1 << 20;
   ::setsockopt(socket.Get(), SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
@@ -30,7 +30,7 @@ void Send(const PrivateRoot& root, const std::string& datagram) {
   address.sun_family = AF_UNIX;
   path.copy(address.sun_path, sizeof address.sun_path - 1);
   Checked(::connect(socket.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), "connect", path);
-  Checked(::send(socket.Get(), datagram.data(), datagram.size(), 0), "send", path);
+  Checked(::send(socket.Get(), datagram.data(), datagram.size(), flags), "send", path);
 }
 
 TEST(ParseLogLine, ReadsWhatSyslogSends) {
@@ -105,6 +105,15 @@ TEST(LogCollector, TakesLongAndEmptyDatagramsWhole) {
   Send(root, text);
   Send(root, "");
   EXPECT_THAT(collector.Take(), ElementsAre(LogLine{0, 0, "", text}, LogLine{}));
+}
+
+TEST(LogCollector, LeavesNoRoomWhenItIsFilled) {
+  PrivateRoot root;
+  LogCollector collector(root);
+  collector.Fill();
+  EXPECT_THROW(Send(root, "<11>no room", MSG_DONTWAIT), std::system_error);
+  collector.Drain();
+  EXPECT_NO_THROW(Send(root, "<11>room", MSG_DONTWAIT));
 }
 
 TEST(LogCollector, HasASocketToPoll) {

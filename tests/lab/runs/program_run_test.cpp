@@ -122,6 +122,12 @@ TEST(RunProgram, ListensToNoLogWhenToldSo) {
   EXPECT_EQ(RunTest(root, {"list", "/dev"}, {.collect_log = false}).out, "");
 }
 
+TEST(RunProgram, LeavesNoRoomInTheLogWhenToldSo) {
+  const RunResult result = RunTest({"log", "3", "unheard"}, {.timeout = 100ms, .stuck_log = true});
+  EXPECT_TRUE(result.timed_out);
+  EXPECT_THAT(result.log, IsEmpty());
+}
+
 TEST(RunProgram, GivesTheDeviceBeforeAndAfter) {
   PrivateRoot root;
   root.Write("/etc/file", "before", 0600);
@@ -217,8 +223,24 @@ TEST(RunProgram, GivesNoInput) {
 TEST(RunProgram, ClosesTheStandardStreamsWhenAskedTo) {
   PrivateRoot root;
   EXPECT_EQ(RunTest(root, {"open-streams", "/etc/streams"}).after.at("/etc/streams").content, "012");
-  const RunResult result = RunTest(root, {"open-streams", "/etc/streams"}, {.close_standard_streams = true});
+  const RunResult result = RunTest(root, {"open-streams", "/etc/streams"}, {.console = Console::Closed});
   EXPECT_EQ(result.after.at("/etc/streams").content, "");
+}
+
+TEST(RunProgram, BreaksTheConsolesPipesWhenAskedTo) {
+  EXPECT_EQ(RunTest({"say", "text", ""}, {.console = Console::Broken}).signal, SIGPIPE);
+  EXPECT_EQ(RunTest({"say", "", "text"}, {.console = Console::Broken}).signal, SIGPIPE);
+  EXPECT_EQ(RunTest({"exit", "7"}, {.console = Console::Broken}).status, 7);
+}
+
+TEST(RunProgram, FillsTheConsolesPipesWhenAskedTo) {
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"say", "x", ""}, {"say", "", "x"}}) {
+    const RunResult result = RunTest(command, {.timeout = 100ms, .console = Console::Full});
+    EXPECT_TRUE(result.timed_out);
+    EXPECT_EQ(result.out + result.err, "");
+  }
+  EXPECT_EQ(RunTest({"exit", "7"}, {.console = Console::Full}).status, 7);
 }
 
 TEST(RunProgram, WorksWhenTheCallerHasNoStandardStreams) {
