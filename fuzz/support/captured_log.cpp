@@ -25,16 +25,9 @@ std::vector<fuzz::LogLine>& Lines() {
 
 }  // namespace
 
-// The linker puts these in the place of the C library's (--wrap); the second is what fortified code calls.
-extern "C" [[gnu::format(printf, 2, 3)]] void __wrap_syslog(int priority, const char* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  Append(priority, format, arguments);
-  va_end(arguments);
-}
-
-extern "C" [[gnu::format(printf, 3, 4)]] void __wrap___syslog_chk(int priority, int /*flag*/,
-                                                                  const char* format, ...) {
+// KELP::Wifi::LogFormatted as the linker knows it, which puts this in its place (--wrap).
+void CaptureLine(int priority, const char* format, ...) __asm__("__wrap__ZN4KELP4Wifi12LogFormattedEiPKcz");
+void CaptureLine(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
   Append(priority, format, arguments);

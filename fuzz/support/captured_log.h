@@ -10,8 +10,8 @@ struct LogLine {
   std::string text;
 };
 
-/// What the code under test sent to the system log since the last call. The targets are linked with a syslog
-/// of their own: the machine's log hears nothing, and no line is lost in a full queue.
+/// What the code under test sent to the system log since the last call. The targets are linked with a log
+/// of their own: the machine's hears nothing, and no line is lost in a full queue.
 std::vector<LogLine> TakeLogLines();
 
 /// True when `lines` is the one line `text` at error priority.

@@ -65,6 +65,7 @@ const std::map<std::string_view, Errors>& ErrorsOfCalls() {
       {"rt_sigaction", {"EINVAL"}},
       {"rt_sigprocmask", {"EINVAL"}},
       {"sendto", {"ECONNREFUSED", "ENOBUFS", "EINTR"}},
+      {"setsockopt", {"ENOBUFS", "ENOMEM"}},
       {"socket", {"EMFILE", "ENFILE", "ENOBUFS"}},
       {"stat", {"EACCES", "EIO", "ENOMEM"}},
       {"statx", {"EACCES", "EIO", "ENOMEM"}},

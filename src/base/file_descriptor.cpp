@@ -15,6 +15,10 @@ bool WriteAll(int descriptor, const char* data, std::size_t size) noexcept {
   while (size > 0) {
     const ssize_t written = RetryInterrupted([&] { return ::write(descriptor, data, size); });
     if (written < 0) return false;
+    if (written == 0) {  // for ever, most likely
+      errno = ENOSPC;
+      return false;
+    }
     data += written;
     size -= static_cast<std::size_t>(written);
   }

@@ -37,7 +37,7 @@ auto RetryInterrupted(Operation operation) {
 }
 
 /// Writes all of `size` bytes at `data`, however many the kernel takes at a time. False, with errno, on
-/// failure.
+/// failure; that the kernel takes none at all counts as ENOSPC.
 bool WriteAll(int descriptor, const char* data, std::size_t size) noexcept;
 
 }  // namespace KELP::Wifi

@@ -114,11 +114,9 @@ TEST_F(LogTest, ManyLinesArriveInOrder) {
 TEST_F(LogTest, WithoutADaemonTheLineIsLostAndNothingElseHappens) {
   lab::InRoot inside(device_);
   // What stands at the socket's place is no daemon's socket.
-  ::closelog();
   std::rename("/dev/log", "/dev/away");
   Log(LOG_ERR, "%s:%d lost", 1);
   std::rename("/dev/away", "/dev/log");
-  ::closelog();
   Log(LOG_ERR, "%s:%d found", 2);
   const auto lines = inside.Log();
   ASSERT_EQ(lines.size(), 1U);

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <grp.h>
+#include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -48,6 +49,14 @@ std::string InChild(const std::function<std::string()>& operation) {
   std::string answer = lab::ReadAll(reading.Get(), "a pipe");
   ::waitpid(child, nullptr, 0);
   return answer;
+}
+
+void ExpectInChild(const std::function<void()>& body) {
+  EXPECT_EQ(InChild([&] {
+              body();
+              return std::string(::testing::Test::HasFailure() ? "failed" : "passed");
+            }),
+            "passed");
 }
 
 std::string AsOrdinaryUser(const std::function<std::string()>& operation) {

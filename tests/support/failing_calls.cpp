@@ -1,6 +1,7 @@
 #include "tests/support/failing_calls.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -183,6 +184,13 @@ int __wrap_timer_settime(timer_t timer, int flags, const itimerspec* times, itim
 int __real_timer_delete(timer_t timer);
 int __wrap_timer_delete(timer_t timer) {
   return Fails("timer_delete") ? -1 : __real_timer_delete(timer);
+}
+
+ssize_t __real_sendto(int socket, const void* data, std::size_t size, int flags, const sockaddr* to,
+                      socklen_t length);
+ssize_t __wrap_sendto(int socket, const void* data, std::size_t size, int flags, const sockaddr* to,
+                      socklen_t length) {
+  return Fails("sendto") ? -1 : __real_sendto(socket, data, size, flags, to, length);
 }
 
 int __real_sodium_init();

@@ -1,0 +1,23 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "base/file_descriptor.h"
+#include "tests/support/failing_calls.h"
+
+namespace KELP::Wifi {
+namespace {
+
+TEST(FileDescriptorFailures, WriteThatTakesNothingEndsAsOneWithoutSpace) {
+  const FileDescriptor file(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+  testing_support::FailingCalls calls;
+  calls.WriteAtMost(0);
+  errno = 0;
+  EXPECT_FALSE(WriteAll(file.Get(), "text", 4));
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_TRUE(WriteAll(file.Get(), "", 0));
+}
+
+}  // namespace
+}  // namespace KELP::Wifi
