@@ -4,19 +4,36 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
-#include <csignal>
+#include <cerrno>
+#include <chrono>
 #include <initializer_list>
 #include <string_view>
 
-#include "base/file_descriptor.h"
+#include "base/patience.h"
+#include "base/wait_limit.h"
 
 namespace KELP::Wifi::Updater {
 namespace {
 
+bool WriteInTime(int descriptor, std::string_view text, const Patience& patience) noexcept {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written == 0 || (written < 0 && errno != EINTR)) return false;
+    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    if (!text.empty() && patience.Left() == std::chrono::microseconds::zero()) return false;
+  }
+  return true;
+}
+
 void Write(int descriptor, std::initializer_list<std::string_view> parts) noexcept {
+  constexpr auto kLeastToTry = std::chrono::milliseconds(10);
+  const Patience patience;
+  // The streams belong to others too: to make them non-blocking would be felt there.
+  const WaitLimit limit(std::max(std::chrono::ceil<std::chrono::milliseconds>(patience.Left()), kLeastToTry));
   for (const std::string_view part : parts) {
-    if (!WriteAll(descriptor, part.data(), part.size())) return;
+    if (!WriteInTime(descriptor, part, patience)) return;
   }
 }
 
@@ -31,12 +48,12 @@ void WriteToStandardError(std::initializer_list<std::string_view> parts) noexcep
 }
 
 void SecureStandardStreams() noexcept {
-  std::signal(SIGPIPE, SIG_IGN);
   std::array<pollfd, 3> streams{{{STDIN_FILENO, 0, 0}, {STDOUT_FILENO, 0, 0}, {STDERR_FILENO, 0, 0}}};
-  if (::poll(streams.data(), streams.size(), 0) <= 0) return;
-  for (const pollfd& stream : streams) {
-    if ((stream.revents & POLLNVAL) != 0) ::open("/dev/null", O_RDWR);
-  }
+  if (::poll(streams.data(), streams.size(), 0) == 0) return;
+  // The kernel gives the lowest number that is free.
+  int descriptor = STDIN_FILENO;
+  while (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = ::open("/", O_PATH);
+  if (descriptor >= 0) ::close(descriptor);
 }
 
 }  // namespace KELP::Wifi::Updater

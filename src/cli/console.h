@@ -5,14 +5,14 @@
 
 namespace KELP::Wifi::Updater {
 
-/// Writes `parts`, one behind the other, unbuffered. A stream that cannot be written to loses the text; needs
+/// Writes `parts`, one behind the other, unbuffered. A stream that cannot be written to loses the text, from
+/// the part that fails on, and so does one that nobody reads for longer than the run's Patience lasts; needs
 /// no memory, so that running out of it can be reported.
 void WriteToStandardOutput(std::initializer_list<std::string_view> parts) noexcept;
 void WriteToStandardError(std::initializer_list<std::string_view> parts) noexcept;
 
-/// Lets a closed or broken stream cost the text only: standard descriptors that the caller closed are opened
-/// on
-/// "/dev/null", so that no file of the run takes their place, and SIGPIPE does not end the process.
+/// Puts the root folder, which every device has, at the standard descriptors that the caller closed, so that
+/// no file of the run takes their place. What is written there is lost, as it would have been.
 void SecureStandardStreams() noexcept;
 
 }  // namespace KELP::Wifi::Updater

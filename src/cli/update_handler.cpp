@@ -6,7 +6,7 @@
 
 #include "base/log.h"
 #include "base/run.h"
-#include "cli/console.h"
+#include "cli/failure_report.h"
 #include "legacy/device_facts.h"
 #include "legacy/update_context.h"
 #include "migration/migrate_125_to_13.h"
@@ -34,9 +34,7 @@ int UpdateConfig(const std::string& build_number) {
     DispatchUpdate(GatherContext(build_number));
     return 0;
   } catch (const std::exception& error) {
-    Log(LOG_ERR, "%s:%d Failed to update config, error: %s, buildNumber: %s", 954, error.what(),
-        build_number.c_str());
-    WriteToStandardError({"Failed to update config, error: ", error.what(), "\n"});
+    ReportFailure(error.what(), build_number.c_str());
     return 1;
   }
 }

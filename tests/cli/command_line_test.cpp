@@ -1,9 +1,14 @@
 #include "cli/command_line.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <array>
+#include <string>
 #include <vector>
 
+#include "base/file_descriptor.h"
 #include "tests/support/captured_streams.h"
 #include "tests/support/test_device.h"
 
@@ -62,6 +67,30 @@ class CommandLineTest : public ::testing::Test {
 
 TEST_F(CommandLineTest, WithoutArgumentsOnlyTheUsageIsPrinted) {
   ExpectUsageError({"kelpwifiupdater"}, "");
+}
+
+// A socket keeps apart what is written apart.
+TEST_F(CommandLineTest, UsageIsWrittenLineByLine) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+  const FileDescriptor receiving(ends[0]);
+  FileDescriptor sending(ends[1]);
+  {
+    const testing_support::CapturedStream out(STDOUT_FILENO);
+    ::dup2(sending.Get(), STDOUT_FILENO);
+    RunCommandLine(0, nullptr);
+  }
+  sending.Close();
+  std::vector<std::string> writes;
+  std::array<char, 4096> piece{};
+  for (ssize_t size = 0; (size = ::recv(receiving.Get(), piece.data(), piece.size(), 0)) > 0;) {
+    writes.emplace_back(piece.data(), static_cast<std::size_t>(size));
+  }
+  EXPECT_EQ(
+      writes,
+      (std::vector<std::string>{
+          "Usage: kelpwifiupdater option\n", "  Options: \n",
+          "    --update-config oldBuildNumber     update config from old build number to current.\n", "\n"}));
 }
 
 TEST_F(CommandLineTest, WithoutEvenAProgramNameOnlyTheUsageIsPrinted) {

@@ -5,9 +5,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <chrono>
 #include <csignal>
 #include <string>
+#include <thread>
 
+#include "cli/process.h"
+#include "lab/images/private_root.h"
+#include "lab/runs/in_root.h"
 #include "tests/support/captured_streams.h"
 
 namespace KELP::Wifi::Updater {
@@ -75,7 +82,7 @@ TEST(Console, LongTextsAreWrittenWhole) {
 
 TEST(Console, BrokenStreamsCostTheTextOnly) {
   EXPECT_EQ(InAChild([] {
-              SecureStandardStreams();
+              LetWritesFail();
               BreakStream(STDOUT_FILENO);
               BreakStream(STDERR_FILENO);
               WriteToStandardOutput({"lost", "too"});
@@ -96,15 +103,83 @@ TEST(Console, FullStreamsCostTheTextOnly) {
             7);
 }
 
-TEST(Console, ClosedStreamsAreOpenedOnTheNullDevice) {
+/// Makes `descriptor` the writing end of a pipe that is full; gives the reading end.
+int FillStream(int descriptor) {
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_NONBLOCK) != 0) ::_exit(99);
+  while (::write(ends[1], "f", 1) > 0) {
+  }
+  ::fcntl(ends[1], F_SETFL, 0);
+  ::dup2(ends[1], descriptor);
+  ::close(ends[1]);
+  return ends[0];
+}
+
+/// What waits in a pipe, but for what FillStream put there.
+std::string TakeText(int reading_end) {
+  std::string text;
+  std::array<char, 4096> piece{};
+  for (ssize_t size = 0; (size = ::read(reading_end, piece.data(), piece.size())) > 0;) {
+    text.append(piece.data(), static_cast<std::size_t>(size));
+  }
+  return text.substr(std::min(text.find_first_not_of('f'), text.size()));
+}
+
+TEST(Console, StreamsThatNobodyReadsCostTheTextOnly) {
   EXPECT_EQ(InAChild([] {
-              ::close(STDIN_FILENO);
-              ::close(STDOUT_FILENO);
-              ::close(STDERR_FILENO);
+              const int out = FillStream(STDOUT_FILENO);
+              const int err = FillStream(STDERR_FILENO);
+              WriteToStandardError({"lost", "too"});
+              for (int i = 0; i < 100; ++i) WriteToStandardOutput({"lost", "too"});
+              return TakeText(out).empty() && TakeText(err).empty() ? 7 : 1;
+            }),
+            7);
+}
+
+TEST(Console, StreamsThatAreReadLateLoseNothing) {
+  EXPECT_EQ(InAChild([] {
+              const int err = FillStream(STDERR_FILENO);
+              std::string got;
+              std::thread reader([&] {
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                while (!got.ends_with("end")) got += TakeText(err);
+              });
+              const std::string text(300'000, 'x');
+              WriteToStandardError({text, "end"});
+              reader.join();
+              return got == text + "end" ? 7 : 1;
+            }),
+            7);
+}
+
+// The log, for one, may have used up all of it.
+TEST(Console, TextThatNeedNotWaitIsWrittenWhereNoPatienceIsLeft) {
+  EXPECT_EQ(InAChild([] {
+              FillStream(STDOUT_FILENO);
+              WriteToStandardOutput({"waits in vain"});
+              const testing_support::CapturedStream err(2);
+              WriteToStandardError({"one ", "two"});
+              return err.Text() == "one two" ? 7 : 1;
+            }),
+            7);
+}
+
+int OpenDescriptors() {
+  int count = 0;
+  for (int descriptor = 0; descriptor < 1024; ++descriptor) count += ::fcntl(descriptor, F_GETFD) < 0 ? 0 : 1;
+  return count;
+}
+
+TEST(Console, ClosedStreamsAreFilledOnADeviceThatHasNothing) {
+  lab::PrivateRoot device;  // not even a null device
+  const lab::InRoot inside(device);
+  EXPECT_EQ(InAChild([] {
+              const int before = OpenDescriptors();
+              for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
               SecureStandardStreams();
+              if (OpenDescriptors() != before) return 1;
               // Neither of them is free for a file of the run.
-              const int next = ::open("/dev/null", O_RDONLY);
-              if (next <= STDERR_FILENO) return 1;
+              if (::open("/", O_RDONLY) <= STDERR_FILENO) return 2;
               WriteToStandardOutput({"lost"});
               WriteToStandardError({"lost"});
               return 7;
@@ -116,8 +191,10 @@ TEST(Console, EachClosedStreamIsFilledByItself) {
   for (const int closed : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     EXPECT_EQ(InAChild([closed] {
                 ::close(closed);
+                const int others = OpenDescriptors();
                 SecureStandardStreams();
-                return ::fcntl(closed, F_GETFD) < 0 ? 1 : 7;
+                if (OpenDescriptors() != others + 1) return 1;  // none besides is left open
+                return ::fcntl(closed, F_GETFD) < 0 ? 2 : 7;
               }),
               7)
         << closed;
@@ -127,7 +204,9 @@ TEST(Console, EachClosedStreamIsFilledByItself) {
 TEST(Console, OpenStreamsStayAsTheyAre) {
   const testing_support::CapturedStream out(1);
   EXPECT_EQ(InAChild([] {
+              const int before = OpenDescriptors();
               SecureStandardStreams();
+              if (OpenDescriptors() != before) return 1;
               WriteToStandardOutput({"kept"});
               return 7;
             }),
