@@ -13,6 +13,7 @@
 #include <string>
 
 #include "lab/images/descriptor.h"
+#include "tests/end_to_end/device_tree.h"
 #include "tests/end_to_end/updater_run.h"
 #include "tests/support/json_text.h"
 
@@ -210,6 +211,18 @@ INSTANTIATE_TEST_SUITE_P(Files, OddKind,
                                          kFilters + "mf_allow.conf", kMesh, "/usr/kelp/etc/secret.key",
                                          "/etc/fw_env.config", "/boot/uboot.env",
                                          "/var/lock/fw_printenv.lock"));
+
+TEST(Limits, AFileSizeThatIsLimitedIsAnOrdinaryFailure) {
+  for (const auto& [image, build] :
+       {std::pair("dual-band-standalone", "8000"), {"release-13-mesh", "9000"}}) {
+    lab::PrivateRoot device(Image(image));
+    lab::RunOptions options;
+    options.rlimits = {{RLIMIT_FSIZE, 100}};
+    const lab::RunResult run = UpdateFrom(device, build, options);
+    ExpectFailure(run, build, "cannot write " + kWifi + "global.json: File too large");
+    ExpectUntouched(run);
+  }
+}
 
 TEST(Limits, HostileSectionNamesAreNamesLikeOthers) {
   lab::PrivateRoot device(Image("dual-band-standalone"));

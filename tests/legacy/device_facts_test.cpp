@@ -100,25 +100,25 @@ TEST_F(GetMeshRoleTest, MissingMeshFileLogsAndIsStandalone) {
 TEST_F(GetMeshRoleTest, MeshFileWithoutNodesLogsAndIsStandalone) {
   device_.Write(kStore, "mesh_network_role=none\n");
   for (const auto* text :
-       {"{}", R"({"Repeater_nodes": [1]})", R"({"repeater_nodes": {"a": 1}})", R"({"repeater_nodes": "x"})",
-        R"({"repeater_nodes": null})", R"({"repeater_nodes": 1})"}) {
+       {"{}", "[1]", R"({"Repeater_nodes": [1]})", R"({"repeater_nodes": {"a": 1}})",
+        R"({"repeater_nodes": "x"})", R"({"repeater_nodes": null})", R"({"repeater_nodes": 1})"}) {
     device_.Write(kMeshFile, text);
     ExpectFallback("repeater_nodes");
   }
 }
 
 TEST_F(GetMeshRoleTest, MeshFileThatIsNoDocumentLogsAndIsStandalone) {
+  const std::string malformed = std::string("malformed JSON in ") + kMeshFile + ": ";
   device_.Write(kStore, "mesh_network_role=none\n");
-  for (const auto* text :
-       {"", "{", "[1]", "\"re\"", R"({"repeater_nodes": [1]} x)", R"({"repeater_nodes": [1})"}) {
+  for (const auto* text : {"", "{", "\"re\"", R"({"repeater_nodes": [1]} x)", R"({"repeater_nodes": [1})"}) {
     device_.Write(kMeshFile, text);
-    ExpectFallback("");
+    ExpectFallback(malformed);
   }
   device_.Write(kMeshFile, std::string(100'000, '['));
-  ExpectFallback(kMeshFile);
+  ExpectFallback(malformed);
   device_.Remove(kMeshFile);
   device_.MakeDirectory(kMeshFile);
-  ExpectFallback(kMeshFile);
+  ExpectFallback(std::string("cannot read ") + kMeshFile + ": Is a directory");
 }
 
 class GetSupportedModelTest : public DeviceFacts {

@@ -117,6 +117,7 @@ int WrapUSB3Disabled() {
 std::string RealInfoGetKeyValue(std::string_view key) __asm__("__real_" KELP_INFO_GET_KEY_VALUE);
 std::string WrapInfoGetKeyValue(std::string_view key) __asm__("__wrap_" KELP_INFO_GET_KEY_VALUE);
 std::string WrapInfoGetKeyValue(std::string_view key) {
-  if (FailingDevice::Current() != nullptr && FailingDevice::Current()->information_store_throws) throw 1;
+  if (FailingDevice::Current() != nullptr && key == FailingDevice::Current()->information_that_throws)
+    throw 1;
   return RealInfoGetKeyValue(key);
 }

@@ -26,7 +26,7 @@ class FailingDevice {
   std::string path_that_stays;            // cannot be removed: std::filesystem::filesystem_error, EBUSY
   std::string path_that_goes_before;      // somebody else removes it before the program does
   bool flush_fails = false;               // of a directory: std::system_error, EIO
-  bool information_store_throws = false;  // something that is no std::exception
+  std::string information_that_throws;    // a key; something that is no std::exception
 };
 
 }  // namespace testing_support

@@ -174,12 +174,15 @@ TEST_F(RemovalFailureTest, CountryFileThatStaysIsTheOnlyOne) {
 
 TEST(GlobalSettingsFailure, OnlyStandardExceptionsFallBack) {
   testing_support::TestDevice device;
+  device.WriteInfo({{"country_code", "DE"}, {"mesh_swap_backhaul_band", "yes"}});
   device.Files().MakeDirectory("/usr/kelp/etc/wifi");
   FailingDevice failing;
-  failing.information_store_throws = true;
-  EXPECT_THROW(device.Run([] { MigrateGlobalSettings({}); }), int);
-  EXPECT_EQ(device.Log(), LogLines{});
-  EXPECT_FALSE(device.Files().Exists(kDocument));
+  for (const char* key : {"country_code", "mesh_swap_backhaul_band"}) {
+    failing.information_that_throws = key;
+    EXPECT_THROW(device.Run([] { MigrateGlobalSettings({}); }), int) << key;
+    EXPECT_EQ(device.Log(), LogLines{});
+    EXPECT_FALSE(device.Files().Exists(kDocument));
+  }
 }
 
 }  // namespace
