@@ -21,7 +21,8 @@ std::string WithoutSlash(std::string path) {
 bool TakesDescriptor(const std::string& name) {
   return name == "read" || name == "write" || name == "pread64" || name == "pwrite64" || name == "close" ||
          name == "fsync" || name == "fdatasync" || name == "fchmod" || name == "ftruncate" ||
-         name == "lseek" || name == "fstat" || name == "flock" || name == "fcntl" || name == "ioctl";
+         name == "lseek" || name == "fstat" || name == "flock" || name == "fcntl" || name == "ioctl" ||
+         name == "setsockopt";
 }
 
 }  // namespace

@@ -28,9 +28,8 @@ bool IsArchived(const std::string& path, const Entry& entry, const Tree& before)
 
 class Search {
  public:
-  Search(const Tree& before, const Tree& after, const std::vector<const Tree*>& written,
-         bool may_leave_temporary)
-      : before_(before), after_(after), written_(written), may_leave_temporary_(may_leave_temporary) {}
+  Search(const Tree& before, const Tree& after, const IsGiven& is_given, bool may_leave_temporary)
+      : before_(before), after_(after), is_given_(is_given), may_leave_temporary_(may_leave_temporary) {}
 
   std::optional<std::string> FindBreach() const {
     for (const auto& [path, entry] : before_) {
@@ -93,15 +92,12 @@ class Search {
     const Entry* const old = Find(before_, path);
     const bool is_old = document != nullptr && old != nullptr && *old == *document;
     if (document == nullptr || document->mode != kDocumentMode || is_old) return false;
-    return std::any_of(written_.begin(), written_.end(), [&](const Tree* tree) {
-      const Entry* const expected = Find(*tree, path);
-      return expected != nullptr && *expected == *document;
-    });
+    return is_given_(path, *document);
   }
 
   const Tree& before_;
   const Tree& after_;
-  const std::vector<const Tree*>& written_;
+  const IsGiven& is_given_;
   bool may_leave_temporary_;
 };
 
@@ -135,9 +131,20 @@ std::string ArchivedPath(const std::string& path) {
   return std::string(kArchive) + path.substr(path.rfind('/'));
 }
 
+std::optional<std::string> FindBreach(const Tree& before, const Tree& after, const IsGiven& is_given,
+                                      bool may_leave_temporary) {
+  return Search(before, after, is_given, may_leave_temporary).FindBreach();
+}
+
 std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
                                       const std::vector<const Tree*>& written, bool may_leave_temporary) {
-  return Search(before, after, written, may_leave_temporary).FindBreach();
+  const IsGiven is_given = [&](const std::string& path, const Entry& document) {
+    return std::any_of(written.begin(), written.end(), [&](const Tree* tree) {
+      const Entry* const expected = Find(*tree, path);
+      return expected != nullptr && *expected == document;
+    });
+  };
+  return FindBreach(before, after, is_given, may_leave_temporary);
 }
 
 }  // namespace lab::sweeps

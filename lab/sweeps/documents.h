@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,12 +36,19 @@ bool IsLockOfBootEnvironment(const std::string& path);
 /// Where the legacy file at `path` goes to in the archive.
 std::string ArchivedPath(const std::string& path);
 
-/// Looks for a breach of what holds whatever goes wrong in a run that began with `before` and left `after`,
-/// and of which the documents of `written` are what the rules give: every document is absent, the old one or
-/// a new one, whole; no file of the device has changed or is gone from both its place and the archive, but
-/// for the two that a migration of generation 1.3 consumes once its document stands; nothing lies beside the
-/// documents, but for what lay there before beside one that is not new, unless `may_leave_temporary`; and
-/// what lies there nobody else may read. Gives the first breach in words.
+/// Whether a document, at the path, is one that the rules give.
+using IsGiven = std::function<bool(const std::string& path, const Entry& document)>;
+
+/// Looks for a breach of what holds whatever goes wrong in a run that began with `before` and left `after`:
+/// every document is absent, the old one or a new one that the rules give; no file of the device has changed
+/// or is gone from both its place and the archive, but for the two that a migration of generation 1.3
+/// consumes once its document stands; nothing lies beside the documents, but for what lay there before beside
+/// one that is not new, unless `may_leave_temporary`; and what lies there nobody else may read. Gives the
+/// first breach in words.
+std::optional<std::string> FindBreach(const Tree& before, const Tree& after, const IsGiven& is_given,
+                                      bool may_leave_temporary);
+
+/// The same where the new documents are, byte for byte, those of one of the trees of `written`.
 std::optional<std::string> FindBreach(const Tree& before, const Tree& after,
                                       const std::vector<const Tree*>& written, bool may_leave_temporary);
 

@@ -169,6 +169,7 @@ fs::file_status RealStatus(const fs::path& path) REAL(SYMBOL_OF_STATUS);
 fs::file_status WrapStatus(const fs::path& path) WRAPPED(SYMBOL_OF_STATUS);
 fs::file_status WrapStatus(const fs::path& path) {
   if (Fails({path.native()})) throw Refused("status", path);
+  if (Fails({path.native()})) return fs::file_status(fs::file_type::not_found);
   return RealStatus(path);
 }
 

@@ -1,117 +1,28 @@
 #include "lab/sweeps/fault_plan.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
 #include <random>
 #include <set>
-#include <stdexcept>
 #include <string_view>
+#include <utility>
 
+#include "lab/sweeps/call_errors.h"
 #include "lab/sweeps/descriptor_table.h"
 #include "lab/sweeps/documents.h"
+#include "lab/sweeps/fault_rules.h"
+#include "lab/sweeps/migration_steps.h"
 
 namespace lab::sweeps {
 namespace {
-
-using Errors = std::vector<const char*>;
-
-constexpr std::string_view kInterrupted = "EINTR";
-
-/// What the kernel can answer; none for calls that cannot fail.
-const std::map<std::string_view, Errors>& ErrorsOfCalls() {
-  static const std::map<std::string_view, Errors> errors{
-      {"access", {"EACCES", "EIO", "ENOMEM"}},
-      {"brk", {}},  // has no error: a refused growth leaves the break where it was
-      {"clock_gettime", {}},
-      {"close", {"EIO", "EINTR"}},
-      {"connect", {"ECONNREFUSED", "EACCES", "ENOENT"}},
-      {"exit_group", {}},
-      {"faccessat2", {"EACCES", "EIO", "ENOMEM"}},
-      {"fchmod", {"EIO", "EROFS", "EPERM"}},
-      {"fcntl", {"ENOLCK", "EINTR"}},
-      {"fdatasync", {"EIO", "ENOSPC", "EINTR"}},
-      {"flock", {"ENOLCK", "EINTR"}},
-      {"fstat", {"EIO", "ENOMEM"}},
-      {"fsync", {"EIO", "ENOSPC", "EINTR"}},
-      {"futex", {}},  // nobody is waiting: nothing is waited for
-      {"getpid", {}},
-      {"getrandom", {"ENOSYS", "EAGAIN", "EINTR"}},
-      {"gettid", {}},
-      {"ioctl", {"ENOTTY", "EIO"}},
-      {"lseek", {"EINVAL", "EIO"}},
-      {"lstat", {"EACCES", "EIO", "ENOMEM"}},
-      {"madvise", {"ENOMEM"}},
-      {"mkdir", {"EACCES", "EIO", "EROFS", "ENOSPC"}},
-      {"mkdirat", {"EACCES", "EIO", "EROFS", "ENOSPC"}},
-      {"mmap", {"ENOMEM"}},
-      {"mprotect", {"ENOMEM"}},
-      {"mremap", {"ENOMEM"}},
-      {"munmap", {"ENOMEM"}},
-      {"newfstatat", {"EACCES", "EIO", "ENOMEM"}},
-      {"open", {"EACCES", "EMFILE", "ENFILE", "EIO", "ENOMEM", "EINTR"}},
-      {"openat", {"EACCES", "EMFILE", "ENFILE", "EIO", "ENOMEM", "EINTR"}},
-      {"poll", {"ENOMEM", "EINTR"}},
-      {"ppoll", {"ENOMEM", "EINTR"}},
-      {"pread64", {"EIO", "EINTR"}},
-      {"pwrite64", {"ENOSPC", "EIO", "EINTR"}},
-      {"read", {"EIO", "EINTR"}},
-      {"readlink", {"EACCES", "EIO", "ENOMEM"}},
-      {"readlinkat", {"EACCES", "EIO", "ENOMEM"}},
-      {"rename", {"EXDEV", "EIO", "EROFS", "ENOSPC"}},
-      {"renameat", {"EXDEV", "EIO", "EROFS", "ENOSPC"}},
-      {"renameat2", {"EXDEV", "EIO", "EROFS", "ENOSPC"}},
-      {"rmdir", {"EACCES", "EIO", "EROFS"}},
-      {"rt_sigaction", {"EINVAL"}},
-      {"rt_sigprocmask", {"EINVAL"}},
-      {"sendto", {"ECONNREFUSED", "ENOBUFS", "EINTR"}},
-      {"setsockopt", {"ENOBUFS", "ENOMEM"}},
-      {"socket", {"EMFILE", "ENFILE", "ENOBUFS"}},
-      {"stat", {"EACCES", "EIO", "ENOMEM"}},
-      {"statx", {"EACCES", "EIO", "ENOMEM"}},
-      {"sysinfo", {}},
-      {"timer_create", {"EAGAIN", "ENOMEM"}},
-      {"timer_delete", {"EINVAL"}},
-      {"timer_settime", {"EINVAL"}},
-      {"umask", {}},
-      {"uname", {}},
-      {"unlink", {"EACCES", "EIO", "EROFS"}},
-      {"unlinkat", {"EACCES", "EIO", "EROFS"}},
-      {"write", {"ENOSPC", "EIO", "EINTR"}},
-  };
-  return errors;
-}
 
 bool IsTransfer(const std::string& name) {
   static const std::set<std::string_view> transfers{"read", "write", "pread64", "pwrite64"};
   return transfers.contains(name);
 }
 
-bool ChangesStorage(const std::string& name) {
-  static const std::set<std::string_view> names{"fsync",     "fdatasync", "fchmod",  "rename", "renameat",
-                                                "renameat2", "mkdir",     "mkdirat", "unlink", "unlinkat"};
-  return names.contains(name);
-}
-
-/// A file without whose content there can be no migration; all others are read forgivingly.
-bool IsStrictInput(const std::string& path) {
-  static const std::set<std::string_view> files{
-      "/usr/kelp/etc/wifi/model.json", "/usr/kelp/etc/wifi/country.json", "/usr/kelp/etc/wifi/backhaul.json"};
-  return files.contains(path) || path.starts_with("/proc/sys/kernel/kelp_mac_address");
-}
-
-/// Of a call that succeeded in the recorded run: may the migration be reported as done without it?
-bool IsStepOfMigration(const SystemCall& call, const OpenedFile* opened, const OpenedFile* used) {
-  if (!call.error.empty()) return false;  // a test for what is not there
-  if (ChangesStorage(call.name)) return true;
-  if (opened != nullptr) return opened->IsNew() || opened->IsDirectory() || IsStrictInput(opened->path);
-  if (used == nullptr) return false;
-  if (call.name == "read") return IsStrictInput(used->path);
-  return (call.name == "write" || call.name == "pwrite64" || call.name == "close") && used->IsNew();
-}
-
 bool IsLogCall(const SystemCall& call, const OpenedFile* used) {
-  return call.name == "socket" || call.name == "connect" || call.name == "sendto" ||
+  return call.name == "socket" || call.name == "connect" || call.name.starts_with("send") ||
          (used != nullptr && used->is_socket);
 }
 
@@ -128,17 +39,33 @@ std::string AsServicesName(std::string path) {
   return IsTemporaryName(path) ? DocumentOf(path) : path;
 }
 
-std::string PlaceOf(const SystemCall& call, const OpenedFile* opened, const OpenedFile* used,
-                    const DescriptorTable& descriptors) {
+/// The paths that a call is about: a rename's are two.
+std::pair<std::string, std::string> PathsOf(const SystemCall& call, const OpenedFile* opened,
+                                            const OpenedFile* used, const DescriptorTable& descriptors) {
   static const std::set<std::string_view> by_path{"access", "lstat", "mkdir", "readlink",
                                                   "rename", "rmdir", "stat",  "unlink"};
   static const std::set<std::string_view> by_path_in_folder{
       "faccessat2", "mkdirat", "newfstatat", "readlinkat", "renameat", "renameat2", "statx", "unlinkat"};
-  if (opened != nullptr) return AsServicesName(opened->path);
-  if (used != nullptr) return AsServicesName(used->path);
-  if (by_path.contains(call.name)) return AsServicesName(descriptors.PathAt(call, 0, std::nullopt));
-  if (by_path_in_folder.contains(call.name)) return AsServicesName(descriptors.PathAt(call, 1, 0));
+  if (opened != nullptr) return {opened->path, {}};
+  if (used != nullptr) return {used->path, {}};
+  if (call.name == "rename") {
+    return {descriptors.PathAt(call, 0, std::nullopt), descriptors.PathAt(call, 1, std::nullopt)};
+  }
+  if (call.name.starts_with("rename"))
+    return {descriptors.PathAt(call, 1, 0), descriptors.PathAt(call, 3, 2)};
+  if (by_path.contains(call.name)) return {descriptors.PathAt(call, 0, std::nullopt), {}};
+  if (by_path_in_folder.contains(call.name)) return {descriptors.PathAt(call, 1, 0), {}};
   return {};
+}
+
+CallSubject SubjectFor(std::string path, const OpenedFile* opened, const OpenedFile* used) {
+  CallSubject subject;
+  subject.path = std::move(path);
+  subject.opens_new = opened != nullptr && opened->IsNew();
+  subject.opens_folder = opened != nullptr && opened->IsDirectory();
+  subject.uses_new = used != nullptr && used->IsNew();
+  subject.uses_folder = used != nullptr && used->IsDirectory();
+  return subject;
 }
 
 bool MovesBreak(const SystemCall& call) {
@@ -149,49 +76,104 @@ bool AsksForMemory(const SystemCall& call) {
   return MovesBreak(call) || call.name == "mmap" || call.name == "mremap";
 }
 
-std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descriptors) {
-  const auto known = ErrorsOfCalls().find(call.name);
-  if (known == ErrorsOfCalls().end()) {
-    throw std::runtime_error("it is not known how " + call.name + " can fail: add it to the plan");
+/// What is the same in all faults of a call.
+struct Target {
+  const SystemCall& call;
+  const CallSubject& subject;
+  Fault fault;
+};
+
+void Add(const Target& target, std::vector<Fault>& faults) {
+  const bool is_of_report = target.fault.channel != Fault::Channel::None;
+  faults.push_back(target.fault);
+  Fault& fault = faults.back();
+  FaultRule rule = is_of_report ? FaultRule{} : RuleFor(target.call, target.subject, fault.error);
+  fault.duty = rule.duty;
+  fault.reason = std::move(rule.reason);
+}
+
+/// Each error once, and one of them, another at each call, from there on.
+void AddErrors(Target target, bool creates, std::vector<Fault>& faults) {
+  std::vector<std::string_view> errors = ErrorsOf(target.call.name);
+  if (creates) errors.insert(errors.end(), ErrorsOfCreation().begin(), ErrorsOfCreation().end());
+  for (const std::string_view error : errors) {
+    target.fault.error = error;
+    Add(target, faults);
   }
+  // No kernel interrupts a program for ever.
+  std::erase_if(errors, IsInterruption);
+  if (errors.empty()) return;
+  target.fault.error = errors[static_cast<std::size_t>(target.call.ordinal) % errors.size()];
+  target.fault.lasting = true;
+  Add(target, faults);
+  if (faults.back().duty == Fault::Duty::SameResult) faults.back().duty = Fault::Duty::None;
+}
+
+/// A write that takes nothing may be tried again, but not for ever.
+void AddNothing(Target target, std::vector<Fault>& faults) {
+  if (target.call.name != "write" && target.call.name != "pwrite64") return;
+  target.fault.kind = Fault::Kind::Nothing;
+  Add(target, faults);
+  if (faults.back().duty == Fault::Duty::Fail) faults.back().duty = Fault::Duty::None;
+  target.fault.lasting = true;
+  Add(target, faults);
+}
+
+void AddShortTransfers(Fault fault, std::int64_t whole, std::vector<Fault>& faults) {
+  fault.kind = Fault::Kind::ShortTransfer;
+  fault.duty = Fault::Duty::SameResult;
+  for (const std::int64_t bytes : std::set<std::int64_t>{1, whole / 2}) {
+    if (bytes < 1 || bytes >= whole) continue;
+    fault.bytes = static_cast<std::size_t>(bytes);
+    faults.push_back(fault);
+  }
+}
+
+std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descriptors,
+                            std::size_t steps_before) {
   const std::optional<OpenedFile> opened = descriptors.OpenedBy(call);
-  const OpenedFile* const used = descriptors.UsedBy(call);
   const OpenedFile* const opens = opened ? &*opened : nullptr;
+  const OpenedFile* const used = descriptors.UsedBy(call);
+  const CallSubject subject = SubjectFor(PathsOf(call, opens, used, descriptors).first, opens, used);
 
   Fault fault;
   fault.call = call.name;
   fault.ordinal = call.ordinal;
   fault.subject = SubjectOf(call);
-  fault.place = PlaceOf(call, opens, used, descriptors);
+  fault.place = AsServicesName(subject.path);
   fault.channel = ChannelOf(call, used);
-  const Fault::Duty duty = IsStepOfMigration(call, opens, used) ? Fault::Duty::Fail : Fault::Duty::None;
+  fault.steps_before = steps_before;
 
   std::vector<Fault> faults;
-  Errors errors = known->second;
-  if (opened && opened->IsCreated()) errors.insert(errors.end(), {"ENOSPC", "EROFS"});
-  for (const char* const error : errors) {
-    fault.error = error;
-    fault.duty = error == kInterrupted ? Fault::Duty::SameResult : duty;
-    faults.push_back(fault);
-  }
-
-  fault.error.clear();
-  fault.kind = Fault::Kind::ShortTransfer;
-  fault.duty = Fault::Duty::SameResult;
-  if (IsTransfer(call.name) && call.result > 1) {
-    fault.bytes = 1;
-    faults.push_back(fault);
-    if (call.result > 3) {
-      fault.bytes = static_cast<std::size_t>(call.result) / 2;
-      faults.push_back(fault);
-    }
-  }
+  AddErrors({call, subject, fault}, opened && opened->IsCreated(), faults);
+  AddNothing({call, subject, fault}, faults);
+  if (IsTransfer(call.name)) AddShortTransfers(fault, call.result, faults);
   if (MovesBreak(call)) {  // a break that stays where it was is how the kernel refuses memory
-    fault.bytes = 0;
-    fault.duty = Fault::Duty::None;
+    fault.kind = Fault::Kind::ShortTransfer;
     faults.push_back(fault);
   }
   return faults;
+}
+
+/// Every transfer moves one byte, from the first call on.
+Fault Trickle(std::size_t first) {
+  Fault fault;
+  fault.kind = Fault::Kind::ShortTransfers;
+  fault.call = "all";
+  fault.ordinal = static_cast<int>(first) + 1;
+  fault.bytes = 1;
+  fault.duty = Fault::Duty::SameResult;
+  return fault;
+}
+
+/// No more memory, from the call at `place` on.
+Fault NoMemoryFrom(std::size_t place) {
+  Fault fault;
+  fault.kind = Fault::Kind::NoMemory;
+  fault.call = "memory";
+  fault.error = "refused";
+  fault.ordinal = static_cast<int>(place) + 1;
+  return fault;
 }
 
 }  // namespace
@@ -199,31 +181,18 @@ std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descr
 std::vector<Fault> PlanFaults(const std::vector<SystemCall>& calls, std::size_t first) {
   std::vector<Fault> faults;
   DescriptorTable descriptors;
+  std::size_t steps = 0;
   for (std::size_t i = 0; i < calls.size(); ++i) {
     if (i >= first) {
-      std::vector<Fault> more = FaultsOf(calls[i], descriptors);
+      std::vector<Fault> more = FaultsOf(calls[i], descriptors, steps);
       faults.insert(faults.end(), more.begin(), more.end());
+      if (AsksForMemory(calls[i])) faults.push_back(NoMemoryFrom(i));
+      const auto [path, target] = PathsOf(calls[i], nullptr, nullptr, descriptors);
+      if (StepMadeBy(calls[i], path, target)) ++steps;
     }
     descriptors.Follow(calls[i]);
   }
-  Fault trickle;
-  trickle.kind = Fault::Kind::ShortTransfers;
-  trickle.call = "all";
-  trickle.ordinal = static_cast<int>(first) + 1;
-  trickle.bytes = 1;
-  trickle.duty = Fault::Duty::SameResult;
-  faults.push_back(trickle);
-
-  const auto begin = calls.begin() + static_cast<std::ptrdiff_t>(first);
-  const auto request = std::find_if(begin, calls.end(), AsksForMemory);
-  if (request != calls.end()) {
-    Fault no_memory;
-    no_memory.kind = Fault::Kind::NoMemory;
-    no_memory.call = "memory";
-    no_memory.error = "refused";
-    no_memory.ordinal = static_cast<int>(request - calls.begin()) + 1;
-    faults.push_back(no_memory);
-  }
+  faults.push_back(Trickle(first));
   return faults;
 }
 

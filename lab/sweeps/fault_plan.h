@@ -9,10 +9,11 @@
 
 namespace lab::sweeps {
 
-/// Every fault that a run can meet: each call from `first` on (a place in `calls`) with each error that the
-/// kernel can give it there, each transfer cut short to one byte and to its half, all transfers one byte at a
-/// time, and no more memory from the first request for it on. Throws std::runtime_error for a call of which
-/// it is not known how it can fail: nothing is left out silently.
+/// The faults that a run can meet: each call from `first` on (a place in `calls`) with each of its errors
+/// (see ErrorsOf), and with one of them from there on; each write that takes nothing, once and for good; each
+/// transfer cut short to one byte and to its half, all transfers one byte at a time, and no more memory from
+/// each request for it on. Throws std::runtime_error for a call of which it is not known how it can fail:
+/// nothing is left out silently.
 std::vector<Fault> PlanFaults(const std::vector<SystemCall>& calls, std::size_t first);
 
 /// `count` of the faults, one of every kind among them, drawn with `seed`; all of them when there are no

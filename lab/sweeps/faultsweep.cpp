@@ -44,7 +44,7 @@ std::vector<Fault> Choose(const Request& request, const std::vector<Fault>& plan
 /// Whether the fault happened, and to the call that was meant. Of errors strace's record tells; a tamperer
 /// that had nothing to do ends with a status that no run may have.
 bool WasMet(const Fault& fault, const MigrationRun& run) {
-  if (fault.kind != Fault::Kind::Error) return true;
+  if (!IsOfStrace(fault)) return true;
   const auto record = run.scratch.find(kRecord);
   if (record == run.scratch.end()) return false;
   const std::vector<SystemCall> calls = ParseRecord(record->second.content);
@@ -54,14 +54,13 @@ bool WasMet(const Fault& fault, const MigrationRun& run) {
 }
 
 /// Gives what went wrong in words; nothing when the run ended well.
-std::string Try(const Fault& fault, const Device& device, const Programs& programs,
-                const RulesOracle& oracle) {
+std::string Try(const Fault& fault, const Measure& measure, const Programs& programs) {
   Manner manner;
   manner.wrapper = WrapperOf(fault, programs.strace, kTamper, kRecord);
-  manner.needs_tamper = fault.kind != Fault::Kind::Error;
-  const MigrationRun run = Migrate(device, programs.migration, programs.tamper, manner);
+  manner.needs_tamper = !IsOfStrace(fault);
+  const MigrationRun run = Migrate(measure.device, programs.migration, programs.tamper, manner);
   if (!WasMet(fault, run)) return "the run did not come to this call";
-  return FindWrong(device, fault, oracle, run.outcome).value_or("");
+  return FindWrong(measure, fault, run.outcome).value_or("");
 }
 
 std::string Command(const Fault& fault) {
@@ -83,8 +82,8 @@ bool Sweep(const Request& request, const std::string& program) {
   const Programs programs = Programs::BesideThisOne();
   Device device = ReadDevice(request.subject.image, request.subject.build_number);
   if (request.after_earlier_run) device = WithLeftovers(WithOldDocuments(device, programs), programs);
-  const RulesOracle oracle = AskRules(device, programs, request.subject.workers);
   const std::vector<SystemCall> calls = RecordMigration(device, programs);
+  const Measure measure = TakeMeasure(device, AskRules(device, programs, request.subject.workers), calls);
   const std::size_t first = FirstCallOfMain(calls);
   const std::vector<Fault> planned = PlanFaults(calls, first);
   const std::vector<Fault> faults = Choose(request, planned);
@@ -94,11 +93,11 @@ bool Sweep(const Request& request, const std::string& program) {
       "undisturbed status %d, %zu outcomes by the rules when one service fails\n",
       request.subject.image.c_str(), request.subject.build_number,
       request.after_earlier_run ? " --after-earlier-run" : "", calls.size() - first, planned.size(),
-      faults.size(), oracle.undisturbed.status, oracle.with_failed_service.size());
+      faults.size(), measure.oracle.undisturbed.status, measure.oracle.with_failed_service.size());
 
   const std::vector<std::string> results =
       DoInWorkers(faults.size(), request.subject.workers,
-                  [&](std::size_t place) { return Try(faults[place], device, programs, oracle); });
+                  [&](std::size_t place) { return Try(faults[place], measure, programs); });
 
   std::map<std::string, std::pair<std::size_t, std::size_t>> kinds;  // tried, ended well
   std::size_t well = 0;

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 namespace lab::sweeps {
 namespace {
 
@@ -37,6 +39,29 @@ Fault NoMemory() {
 TEST(Fault, HasANameToAskForItAgain) {
   EXPECT_EQ(NameOf(ReadError()), "read:12:EIO");
   EXPECT_EQ(NameOf(ShortWrite()), "write:3:short=1");
+}
+
+TEST(Fault, MayLast) {
+  Fault fault = ReadError();
+  fault.lasting = true;
+  EXPECT_EQ(NameOf(fault), "read:12+:EIO");
+  EXPECT_EQ(KindOf(fault), "read EIO from there on");
+  EXPECT_THAT(InjectionOf(fault), ElementsAre("-e", "inject=read:error=EIO:when=12+"));
+}
+
+TEST(Fault, AWriteMayTakeNothing) {
+  Fault fault = ShortWrite();
+  fault.kind = Fault::Kind::Nothing;
+  EXPECT_EQ(NameOf(fault), "write:3:nothing");
+  EXPECT_EQ(KindOf(fault), "write nothing");
+  EXPECT_TRUE(IsOfStrace(fault));
+  EXPECT_THAT(InjectionOf(fault), ElementsAre("-e", "inject=write:retval=0:when=3"));
+}
+
+TEST(Fault, OnlyErrorsAndNothingAreOfStrace) {
+  EXPECT_TRUE(IsOfStrace(ReadError()));
+  EXPECT_FALSE(IsOfStrace(ShortWrite()));
+  EXPECT_THROW(InjectionOf(NoMemory()), std::logic_error);
 }
 
 TEST(Fault, NoMemoryIsGivenByTamper) {
