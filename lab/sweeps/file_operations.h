@@ -24,7 +24,8 @@ struct FileOperation {
 };
 
 /// The file operations among the calls of a run that succeeded, in order. Throws std::runtime_error at a call
-/// that changes files in a way that the model of storage does not know.
+/// that changes files in a way that the model of storage does not know, and at every call of which it is not
+/// known that it changes none.
 std::vector<FileOperation> ExtractFileOperations(const std::vector<SystemCall>& calls);
 
 }  // namespace lab::sweeps

@@ -66,6 +66,21 @@ TEST(ExtractFileOperations, KnowsFoldersAndRemovals) {
 TEST(ExtractFileOperations, RefusesWhatTheModelDoesNotKnow) {
   EXPECT_THROW(Of({"ftruncate(3, 0) = 0"}), std::runtime_error);
   EXPECT_THROW(Of({"link('/a', '/b') = 0"}), std::runtime_error);
+  EXPECT_THROW(Of({"mmap(NULL, 9, PROT_READ|PROT_WRITE, MAP_SHARED, 3, 0) = 0x7000"}), std::runtime_error);
+  EXPECT_THROW(Of({"write(7, 'text', 4) = 4"}), std::runtime_error);
+  EXPECT_THROW(Of({"openat(AT_FDCWD, '/a', O_WRONLY|O_CREAT, 0600) = 3", "fchmod(3, 0644) = 0"}),
+               std::runtime_error);
+}
+
+TEST(ExtractFileOperations, RefusesACallOfWhichNothingIsKnown) {
+  EXPECT_THROW(Of({"brand_new_call(3, 0) = 0"}), std::runtime_error);
+}
+
+TEST(ExtractFileOperations, KnowsTheCallsThatChangeNothing) {
+  EXPECT_TRUE(Of({"mmap(NULL, 9, PROT_READ|PROT_WRITE, MAP_PRIVATE|MAP_ANONYMOUS, -1, 0) = 0x7000",
+                  "newfstatat(AT_FDCWD, '/a', {st_mode=S_IFREG}, 0) = 0", "flock(3, LOCK_EX) = 0"})
+                  .empty());
+  EXPECT_EQ(Of({"openat(AT_FDCWD, '/a', O_WRONLY|O_CREAT, 0600) = 3", "fchmod(3, 0600) = 0"}).size(), 1U);
 }
 
 }  // namespace
