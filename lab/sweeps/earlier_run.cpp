@@ -10,25 +10,39 @@
 namespace lab::sweeps {
 namespace {
 
+constexpr const char* kAlwaysArchived = "/etc/hostapd/mac_filter/mf.info";
+constexpr mode_t kArchiveMode = 0755;
+
 bool StopsRun(const std::string& document, const Device& device) {
   return device.build_number < kFirstBuildOf13 && (document == kGlobalDocument || document == kMiscDocument);
 }
 
-/// The device with what `add` puts beside or in place of each document that its run writes.
+/// The device with what `add` puts beside or in place of each document that its run writes, and with `more`.
 Device WithTraces(const Device& device, const Programs& programs,
-                  const std::function<void(const std::string& document, Tree& files)>& add) {
-  const Outcome without = Migrate(device, programs.migration, programs.tamper).outcome;
+                  const std::function<void(const std::string& document, Tree& files)>& add,
+                  const Tree& more = {}) {
+  const Outcome without = Migrate(device, programs.migration).outcome;
   Device traced = device;
   for (const auto& [path, entry] : without.files) {
     const auto before = device.files.find(path);
     const bool is_written = before == device.files.end() || !(before->second == entry);
     if (IsDocument(path) && is_written) add(path, traced.files);
   }
-  const Outcome with = Migrate(traced, programs.migration, programs.tamper).outcome;
+  for (const auto& [path, entry] : more) traced.files[path] = entry;
+  const Outcome with = Migrate(traced, programs.migration).outcome;
   if (!(with == without)) {
     throw std::runtime_error("an earlier run makes a difference:\n" + Difference(without, with));
   }
   return traced;
+}
+
+/// An archive that holds an older file of a name that the run is going to move there.
+Tree HalfMadeArchive(const Device& device) {
+  const auto consumed = device.files.find(kAlwaysArchived);
+  if (device.build_number >= kFirstBuildOf13 || consumed == device.files.end()) return {};
+  Entry older = consumed->second;
+  older.content = "# older\n" + older.content;
+  return {{kArchive, {Entry::Kind::Directory, kArchiveMode, {}}}, {ArchivedPath(kAlwaysArchived), older}};
 }
 
 }  // namespace
@@ -41,9 +55,10 @@ Device WithOldDocuments(const Device& device, const Programs& programs) {
 }
 
 Device WithLeftovers(const Device& device, const Programs& programs) {
-  return WithTraces(device, programs, [](const std::string& document, Tree& files) {
+  const auto add = [](const std::string& document, Tree& files) {
     files[TemporaryNameOf(document)] = {Entry::Kind::File, kDocumentMode, "{\n\t\"torn"};
-  });
+  };
+  return WithTraces(device, programs, add, HalfMadeArchive(device));
 }
 
 }  // namespace lab::sweeps

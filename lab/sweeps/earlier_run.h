@@ -11,7 +11,8 @@ namespace lab::sweeps {
 /// it.
 Device WithOldDocuments(const Device& device, const Programs& programs);
 
-/// The device with what an interrupted run could leave beside each document that its run is going to write.
+/// The device with what an interrupted run could leave beside each document that its run is going to write,
+/// and, of generation 1.2.5, an archive that holds an older file already.
 Device WithLeftovers(const Device& device, const Programs& programs);
 
 }  // namespace lab::sweeps

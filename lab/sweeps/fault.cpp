@@ -33,7 +33,7 @@ std::string NameOf(const Fault& fault) {
 }
 
 std::string KindOf(const Fault& fault) {
-  return fault.call + " " + WhatHappens(fault) + (fault.lasting ? " from there on" : "");
+  return fault.call + " " + (fault.lasting ? "for good" : WhatHappens(fault));
 }
 
 bool IsOfStrace(const Fault& fault) {

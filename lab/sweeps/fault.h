@@ -46,7 +46,7 @@ struct Fault {
 /// "memory:140:refused".
 std::string NameOf(const Fault& fault);
 
-/// "read EIO", "read EIO from there on", "write short": by what faults are counted.
+/// "read EIO", "read for good", "write short": by what faults are counted.
 std::string KindOf(const Fault& fault);
 
 /// Whether strace makes the fault happen; otherwise the lab's own helper does.

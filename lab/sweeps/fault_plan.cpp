@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <random>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -155,6 +154,14 @@ std::vector<Fault> FaultsOf(const SystemCall& call, const DescriptorTable& descr
   return faults;
 }
 
+bool MakesStep(const SystemCall& call, const DescriptorTable& descriptors) {
+  const bool may_be_one =
+      call.name.starts_with("rename") || call.name.starts_with("mkdir") || call.name.starts_with("unlink");
+  if (!may_be_one) return false;
+  const auto [path, target] = PathsOf(call, nullptr, nullptr, descriptors);
+  return StepMadeBy(call, path, target).has_value();
+}
+
 /// Every transfer moves one byte, from the first call on.
 Fault Trickle(std::size_t first) {
   Fault fault;
@@ -187,35 +194,12 @@ std::vector<Fault> PlanFaults(const std::vector<SystemCall>& calls, std::size_t 
       std::vector<Fault> more = FaultsOf(calls[i], descriptors, steps);
       faults.insert(faults.end(), more.begin(), more.end());
       if (AsksForMemory(calls[i])) faults.push_back(NoMemoryFrom(i));
-      const auto [path, target] = PathsOf(calls[i], nullptr, nullptr, descriptors);
-      if (StepMadeBy(calls[i], path, target)) ++steps;
     }
+    if (MakesStep(calls[i], descriptors)) ++steps;
     descriptors.Follow(calls[i]);
   }
   faults.push_back(Trickle(first));
   return faults;
-}
-
-std::vector<Fault> Sample(const std::vector<Fault>& faults, std::size_t count, std::uint64_t seed) {
-  std::mt19937_64 random(seed);
-  std::vector<std::size_t> order(faults.size());
-  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  // Not std::shuffle: what it makes of a seed is not the same with every library.
-  for (std::size_t i = order.size(); i > 1; --i) std::swap(order[i - 1], order[random() % i]);
-
-  std::set<std::size_t> drawn;
-  std::set<std::string> kinds;
-  for (const std::size_t place : order) {
-    if (kinds.insert(KindOf(faults[place])).second) drawn.insert(place);
-  }
-  for (const std::size_t place : order) {
-    if (drawn.size() >= count) break;
-    drawn.insert(place);
-  }
-  std::vector<Fault> sample;
-  sample.reserve(drawn.size());
-  for (const std::size_t place : drawn) sample.push_back(faults[place]);
-  return sample;
 }
 
 }  // namespace lab::sweeps

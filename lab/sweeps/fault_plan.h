@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 #include "lab/sweeps/fault.h"
@@ -15,9 +14,5 @@ namespace lab::sweeps {
 /// each request for it on. Throws std::runtime_error for a call of which it is not known how it can fail:
 /// nothing is left out silently.
 std::vector<Fault> PlanFaults(const std::vector<SystemCall>& calls, std::size_t first);
-
-/// `count` of the faults, one of every kind among them, drawn with `seed`; all of them when there are no
-/// more.
-std::vector<Fault> Sample(const std::vector<Fault>& faults, std::size_t count, std::uint64_t seed);
 
 }  // namespace lab::sweeps

@@ -62,7 +62,7 @@ FaultRule RuleForStatus(const SystemCall& call, const std::string& path, std::st
   }
   if (path == kArchive || path == kDocumentFolder) {
     if (MeansAbsent(error)) return {};
-    return Ends({"filesystem error: cannot create directories", kArchive}, error);
+    return Ends({"filesystem error: ", path}, error);
   }
   return {path == kInformationStore ? Duty::None : Duty::Forgive};
 }

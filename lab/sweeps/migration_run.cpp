@@ -79,11 +79,10 @@ Device ReadDevice(const std::filesystem::path& image, int build_number) {
   return {PrivateRoot(image).Snapshot(), build_number};
 }
 
-MigrationRun Migrate(const Device& device, const std::filesystem::path& program,
-                     const std::filesystem::path& tamper, const Manner& manner) {
+MigrationRun Migrate(const Device& device, const std::filesystem::path& program, const Manner& manner) {
   PrivateRoot root;
   LayOut(device.files, root);
-  if (manner.needs_tamper) root.Write(kTamper, BytesOf(tamper), kExecutable);
+  for (const auto& [path, helper] : manner.helpers) root.Write(path, BytesOf(helper), kExecutable);
 
   WaitForNextTick();
 
@@ -115,12 +114,14 @@ Tree WithoutLabFiles(const Tree& files) {
   return rest;
 }
 
-std::vector<SystemCall> RecordMigration(const Device& device, const Programs& programs) {
+std::vector<SystemCall> RecordMigration(const Device& device, const Programs& programs,
+                                        const std::vector<std::string>& options) {
   Manner manner;
   manner.wrapper = {programs.strace};
   for (const std::string& option : RecordOptions()) manner.wrapper.push_back(option);
   manner.wrapper.insert(manner.wrapper.end(), {"-o", kRecord});
-  const MigrationRun run = Migrate(device, programs.migration, programs.tamper, manner);
+  manner.wrapper.insert(manner.wrapper.end(), options.begin(), options.end());
+  const MigrationRun run = Migrate(device, programs.migration, manner);
   return ParseRecord(run.scratch.at(kRecord).content);
 }
 

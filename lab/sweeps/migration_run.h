@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -51,7 +52,7 @@ struct Outcome {
 struct Manner {
   std::vector<std::string> wrapper;
   std::vector<std::string> environment;
-  bool needs_tamper = false;  // puts the helper to kTamper
+  std::map<std::string, std::filesystem::path> helpers{};  // where on the device a program of the lab stands
 };
 
 inline constexpr const char* kTamper = "/tmp/tamper";
@@ -66,14 +67,14 @@ struct MigrationRun {
 /// The device as outcomes show it.
 Tree WithoutLabFiles(const Tree& files);
 
-/// Lets strace record a whole run on the device and gives the record.
-std::vector<SystemCall> RecordMigration(const Device& device, const Programs& programs);
+/// Lets strace, with more options, record a whole run on the device and gives the record.
+std::vector<SystemCall> RecordMigration(const Device& device, const Programs& programs,
+                                        const std::vector<std::string>& options = {});
 
 /// Reads a device image.
 Device ReadDevice(const std::filesystem::path& image, int build_number);
 
 /// Lays out a private root and lets `program` migrate it there.
-MigrationRun Migrate(const Device& device, const std::filesystem::path& program,
-                     const std::filesystem::path& tamper, const Manner& manner = {});
+MigrationRun Migrate(const Device& device, const std::filesystem::path& program, const Manner& manner = {});
 
 }  // namespace lab::sweeps

@@ -2,6 +2,7 @@
 // makes of that when it runs again. First the gentle way, a kill before and after every system call; then by
 // a model of what a file system may show after a power cut. Then asks of every flush what it is good for.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <set>
 #include <string>
@@ -13,6 +14,7 @@
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/outcome_text.h"
 #include "lab/sweeps/power_cut_rules.h"
+#include "lab/sweeps/sample.h"
 #include "lab/sweeps/storage_model.h"
 #include "lab/sweeps/sweep_command.h"
 #include "lab/sweeps/workers.h"
@@ -24,8 +26,15 @@ struct Request {
   Subject subject;
   bool old_documents = false;
   std::string program;  // the one beside the sweep where it is empty
+  bool after_interrupted_run = false;
+  std::size_t endings = 0;  // 0: all
   ChoiceLimits limits;
 };
+
+std::string OptionsOf(const Request& request) {
+  return std::string(request.old_documents ? " --old-documents" : "") +
+         (request.after_interrupted_run ? " --after-interrupted-run" : "");
+}
 
 /// What may come out of the model: a place in the run's operations and a choice.
 struct ModelState {
@@ -39,16 +48,15 @@ class Sweep {
       : request_(std::move(request)),
         programs_(Programs::BesideThisOne(request_.program)),
         device_(std::move(device)),
-        undisturbed_(Migrate(device_, programs_.migration, programs_.tamper).outcome),
+        undisturbed_(Migrate(device_, programs_.migration).outcome),
         calls_(RecordMigration(device_, programs_)),
         operations_(ExtractFileOperations(calls_)),
         rules_(device_, undisturbed_, operations_) {}
 
   bool Run() {
     std::printf("%s --from %d%s: %zu system calls from main on, %zu of them change files\n",
-                request_.subject.image.c_str(), request_.subject.build_number,
-                request_.old_documents ? " --old-documents" : "", calls_.size() - FirstCallOfMain(calls_),
-                operations_.size());
+                request_.subject.image.c_str(), request_.subject.build_number, OptionsOf(request_).c_str(),
+                calls_.size() - FirstCallOfMain(calls_), operations_.size());
     KillEverywhere();
     CutPowerEverywhere();
     QuestionFlushes();
@@ -65,31 +73,49 @@ class Sweep {
   /// Lets the program run again on a device that was left so, and gives what is wrong with that.
   std::string RunAgain(const Tree& state) const {
     const Device left{state, device_.build_number};
-    return rules_.FindWrongRun(state, Migrate(left, programs_.migration, programs_.tamper).outcome)
-        .value_or("");
+    return rules_.FindWrongRun(state, Migrate(left, programs_.migration).outcome).value_or("");
+  }
+
+  /// The orders to the helper that end the program at each of its calls; a sample of them if that is asked
+  /// for.
+  std::vector<std::vector<std::string>> Endings() const {
+    std::vector<std::vector<std::string>> orders;
+    for (std::size_t index = FirstCallOfMain(calls_); index < calls_.size(); ++index) {
+      const std::string place = std::to_string(index + 1);
+      orders.push_back({"kill-before", place});
+      orders.push_back({"kill-after", place});
+      for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+        orders.push_back({"signal", place, std::to_string(signal)});
+      }
+    }
+    if (request_.endings == 0) return orders;
+    std::vector<std::string> kinds;
+    for (const std::vector<std::string>& order : orders) kinds.push_back(order.front());
+    std::vector<std::vector<std::string>> sample;
+    for (const std::size_t place : DrawSample(kinds, request_.endings, request_.limits.seed)) {
+      sample.push_back(orders[place]);
+    }
+    return sample;
   }
 
   void KillEverywhere() {
-    const std::size_t first = FirstCallOfMain(calls_);
-    std::vector<std::pair<const char*, std::size_t>> kills;
-    for (std::size_t index = first; index < calls_.size(); ++index) {
-      kills.emplace_back("kill-before", index + 1);
-      kills.emplace_back("kill-after", index + 1);
-    }
+    const std::vector<std::vector<std::string>> kills = Endings();
     const std::vector<std::string> outcomes =
         DoInWorkers(kills.size(), request_.subject.workers, [&](std::size_t place) {
           Manner manner;
-          manner.wrapper = {kTamper, kills[place].first, std::to_string(kills[place].second)};
-          manner.needs_tamper = true;
-          return ToText(Migrate(device_, programs_.migration, programs_.tamper, manner).outcome);
+          manner.wrapper = {kTamper};
+          manner.wrapper.insert(manner.wrapper.end(), kills[place].begin(), kills[place].end());
+          manner.helpers = {{kTamper, programs_.tamper}};
+          return ToText(Migrate(device_, programs_.migration, manner).outcome);
         });
 
     std::vector<Tree> states;
     std::set<std::string> known;
     for (std::size_t i = 0; i < kills.size(); ++i) {
       Outcome outcome = FromText(outcomes[i]);
-      const std::string where = std::string(kills[i].first) + " " + std::to_string(kills[i].second);
-      const bool may_end = kills[i].second == calls_.size();  // nothing comes after the last call
+      std::string where;
+      for (const std::string& word : kills[i]) where += word + " ";
+      const bool may_end = kills[i].at(1) == std::to_string(calls_.size());  // nothing comes behind the last
       if (outcome.signal == 0 && !may_end) Fail(where, "was not killed");
       if (const auto wrong = rules_.FindWrongState(outcome.files)) Fail(where, *wrong);
       Outcome state;
@@ -102,9 +128,9 @@ class Sweep {
       if (!text.empty()) Fail("run after a kill", text);
     }
     std::printf(
-        "killed before and after every system call: %zu runs, %zu different states, the program run again on "
-        "each\n",
-        kills.size(), states.size());
+        "killed before and after%s system calls, and ended there by SIGTERM, SIGHUP and SIGINT: %zu runs, "
+        "%zu different states, the program run again on each\n",
+        request_.endings == 0 ? " all" : "", kills.size(), states.size());
   }
 
   StorageModel ModelAfter(std::size_t operations) const {
@@ -199,11 +225,17 @@ int SweepAsAsked(int argument_count, char* arguments[]) {
   app.add_option("--sample", request.limits.sample, "of more, so many are");
   app.add_option("--seed", request.limits.seed, "what the sample is drawn with");
   app.add_option("--program", request.program, "the program, if not the one beside the sweep");
+  app.add_option("--endings", request.endings, "kill the program, or end it by a signal, only so many times");
   app.add_flag("--old-documents", request.old_documents, "begin with documents of an earlier time in place");
+  app.add_flag(
+      "--after-interrupted-run", request.after_interrupted_run,
+      "begin with what an interrupted run left: half documents under their temporary names, an archive");
   CLI11_PARSE(app, argument_count, arguments);
   EnterNamespaces();
   Device device = ReadDevice(request.subject.image, request.subject.build_number);
-  if (request.old_documents) device = WithOldDocuments(device, Programs::BesideThisOne(request.program));
+  const Programs programs = Programs::BesideThisOne(request.program);
+  if (request.old_documents) device = WithOldDocuments(device, programs);
+  if (request.after_interrupted_run) device = WithLeftovers(device, programs);
   return Sweep(request, std::move(device)).Run() ? 0 : 1;
 }
 

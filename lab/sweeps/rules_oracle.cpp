@@ -68,7 +68,7 @@ std::vector<std::set<std::string>> ParseServices(const std::string& text) {
 MigrationRun AskOnce(const Device& device, const Programs& programs, long failing_call) {
   Manner manner;
   manner.environment = {"FAILING_CALL=" + std::to_string(failing_call)};
-  return Migrate(device, programs.rules, programs.tamper, manner);
+  return Migrate(device, programs.rules, manner);
 }
 
 }  // namespace
@@ -102,7 +102,7 @@ std::vector<const Tree*> RulesOracle::Trees() const {
 
 RulesOracle AskRules(const Device& device, const Programs& programs, unsigned workers) {
   RulesOracle oracle;
-  oracle.undisturbed = Migrate(device, programs.migration, programs.tamper).outcome;
+  oracle.undisturbed = Migrate(device, programs.migration).outcome;
 
   RequireWholeDocuments(oracle.undisturbed.files);
 

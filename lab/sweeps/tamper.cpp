@@ -4,13 +4,18 @@
 //   tamper shorten-from INDEX AMOUNT PROGRAM...     so does every transfer from the INDEXth of all calls on
 //   tamper refuse-memory INDEX PROGRAM...           from that call on the kernel has no memory to give
 //   tamper kill-before INDEX PROGRAM...             the program is killed just before the INDEXth of all
-//   calls tamper kill-after INDEX PROGRAM...              or just after it
+//   calls tamper kill-after INDEX PROGRAM...              or just after it tamper signal INDEX NUMBER
+//   PROGRAM...           or is sent the signal of that number at it tamper limit RESOURCE VALUE PROGRAM...
+//   the program gets so much of FSIZE, AS, DATA, NOFILE or STACK
 //
 // Calls are counted from 1, the execve that starts the program being the first, as in a record of strace. The
 // status is the program's own; a program that a signal ends takes tamper with it by the same signal. An order
-// that was not carried out gives status 125: nobody may take a run that nothing disturbed for a trial.
+// that was not carried out gives status 125: nobody may take a run that nothing disturbed for a trial. A
+// limited program that ends, in whatever way, before its main has begun gives status 124: that is the
+// loader's end and not the program's. (Its main ignores SIGPIPE first of all; no loader does.)
 #include <elf.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <sys/user.h>
@@ -27,6 +32,7 @@
 namespace {
 
 constexpr int kNoTrial = 125;
+constexpr int kNotStarted = 124;
 constexpr std::uint64_t kMoreThanThereIs = std::uint64_t{1} << 62U;
 
 /// A call that asks for an amount, and the place of the amount among its arguments.
@@ -48,11 +54,19 @@ constexpr std::array kAsking{
 };
 
 struct Order {
-  enum class Kind { Shorten, ShortenFrom, RefuseMemory, KillBefore, KillAfter } kind;
-  const Asking* call;  // of Shorten
-  long place;          // the ordinal or the index
-  std::uint64_t amount;
+  enum class Kind { Shorten, ShortenFrom, RefuseMemory, KillBefore, KillAfter, Signal, Limit } kind;
+  const Asking* call;    // of Shorten
+  long place;            // the ordinal, the index or, of Limit, the resource
+  std::uint64_t amount;  // of bytes, of the resource, or the signal's number
 };
+
+struct Resource {
+  const char* name;
+  int number;
+};
+constexpr std::array kResources{Resource{"FSIZE", RLIMIT_FSIZE}, Resource{"AS", RLIMIT_AS},
+                                Resource{"DATA", RLIMIT_DATA}, Resource{"NOFILE", RLIMIT_NOFILE},
+                                Resource{"STACK", RLIMIT_STACK}};
 
 [[noreturn]] void Fail(const char* action) {
   std::perror(action);
@@ -103,20 +117,28 @@ class Tamperer {
     if (::ptrace(PTRACE_GET_SYSCALL_INFO, pid_, sizeof info, &info) < 0) Fail("ptrace");
     if (info.op == PTRACE_SYSCALL_INFO_ENTRY) {
       ++index_;
-      if (order_.kind == Order::Kind::KillBefore && index_ == order_.place) Kill();
+      if (order_.kind == Order::Kind::KillBefore && index_ == order_.place) Send(SIGKILL);
+      if (order_.kind == Order::Kind::Signal && index_ == order_.place) Send(static_cast<int>(order_.amount));
+      NoticeMain(info);
       ChangeAmount(info);
     } else if (info.op == PTRACE_SYSCALL_INFO_EXIT) {
       Restore(info);
-      if (order_.kind == Order::Kind::KillAfter && index_ == order_.place) Kill();
+      if (order_.kind == Order::Kind::KillAfter && index_ == order_.place) Send(SIGKILL);
     }
   }
 
   bool IsCarriedOut() const { return is_carried_out_; }
 
  private:
-  void Kill() {
-    ::kill(pid_, SIGKILL);
+  void Send(int signal) {
+    ::kill(pid_, signal);
     is_carried_out_ = true;
+  }
+
+  /// A limit is there from the beginning; it is the program's from its main on.
+  void NoticeMain(const __ptrace_syscall_info& info) {
+    is_carried_out_ |= order_.kind == Order::Kind::Limit && info.entry.nr == SYS_rt_sigaction &&
+                       info.entry.args[0] == SIGPIPE;
   }
 
   bool IsMeant(const Asking& call, std::uint64_t asked) {
@@ -129,6 +151,8 @@ class Tamperer {
         return !call.is_transfer && index_ >= order_.place && asked != call.refused;
       case Order::Kind::KillBefore:
       case Order::Kind::KillAfter:
+      case Order::Kind::Signal:
+      case Order::Kind::Limit:
         break;
     }
     return false;
@@ -208,7 +232,28 @@ int ParseOrder(int count, char* arguments[], Order& order) {
     order = {Order::Kind::KillAfter, nullptr, number(2), 0};
     return 3;
   }
+  if (std::strcmp(arguments[1], "signal") == 0 && count > 4) {
+    order = {Order::Kind::Signal, nullptr, number(2), static_cast<std::uint64_t>(number(3))};
+    return 4;
+  }
+  if (std::strcmp(arguments[1], "limit") == 0 && count > 4) {
+    for (const Resource& resource : kResources) {
+      if (std::strcmp(arguments[2], resource.name) != 0) continue;
+      order = {Order::Kind::Limit, nullptr, resource.number, static_cast<std::uint64_t>(number(3))};
+      return 4;
+    }
+  }
   return 0;
+}
+
+[[noreturn]] void BecomeProgram(const Order& order, char* arguments[]) {
+  if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) Fail("ptrace");
+  if (order.kind == Order::Kind::Limit) {
+    const rlimit limit{order.amount, order.amount};
+    if (::setrlimit(static_cast<__rlimit_resource>(order.place), &limit) != 0) Fail("setrlimit");
+  }
+  ::execv(arguments[0], arguments);
+  Fail(arguments[0]);
 }
 
 }  // namespace
@@ -217,19 +262,18 @@ int main(int count, char* arguments[]) {
   Order order{};
   const int taken = ParseOrder(count, arguments, order);
   if (taken == 0) {
-    std::fputs("usage: tamper shorten|shorten-from|refuse-memory|kill-before|kill-after ... PROGRAM...\n",
-               stderr);
+    std::fputs(
+        "usage: tamper shorten|shorten-from|refuse-memory|kill-before|kill-after|signal|limit ... "
+        "PROGRAM...\n",
+        stderr);
     return kNoTrial;
   }
   const pid_t pid = ::fork();
   if (pid < 0) Fail("fork");
-  if (pid == 0) {
-    if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) Fail("ptrace");
-    ::execv(arguments[taken], arguments + taken);
-    Fail(arguments[taken]);
-  }
+  if (pid == 0) BecomeProgram(order, arguments + taken);
   Tamperer tamperer(pid, order);
   const int status = Supervise(pid, tamperer);
+  if (order.kind == Order::Kind::Limit && !tamperer.IsCarriedOut()) return kNotStarted;
   if (WIFSIGNALED(status)) {
     std::signal(WTERMSIG(status), SIG_DFL);
     ::raise(WTERMSIG(status));

@@ -81,17 +81,16 @@ bool IsUndisturbedButFor(const LostLines& lost, bool only_one, const RulesOracle
   return outcome == oracle.undisturbed;
 }
 
-/// The failure line of the run without what it begins with; from the log where standard error has none.
+/// The failure line of the run without what it begins with; from standard error where the log has none.
 std::string ReasonOf(const Outcome& outcome) {
   const auto behind_begin = [](const std::string& line) {
     const std::size_t place = line.find(kFailureReport);
     return place == std::string::npos ? "" : line.substr(place + std::string_view(kFailureReport).size());
   };
-  if (!outcome.err.empty()) return behind_begin(outcome.err);
   for (const std::string& line : outcome.log) {
     if (std::string reason = behind_begin(line); !reason.empty()) return reason;
   }
-  return {};
+  return behind_begin(outcome.err);
 }
 
 bool Says(const std::string& reason, const std::vector<std::string>& texts) {
@@ -171,15 +170,15 @@ std::optional<std::string> FindWrongFailure(const Measure& measure, const Fault&
   return "the reason \"" + ReasonOf(outcome) + "\" is not" + Joined(fault.reason);
 }
 
-std::optional<std::string> FindWrongEnd(const Measure& measure, const LostLines& lost,
-                                        const Outcome& outcome) {
+std::optional<std::string> FindWrongEnd(const Measure& measure, const LostLines& lost, const Outcome& outcome,
+                                        bool may_leave_temporary) {
   if (auto wrong = FindWrongStatus(outcome)) return wrong;
   if (auto wrong = FindWrongReport(lost, outcome)) return wrong;
   if (auto wrong = FindWrongSteps(measure, outcome)) return wrong;
   const IsGiven is_given = [&](const std::string& path, const Entry& document) {
     return measure.values.Allow(path, document.content);
   };
-  return FindBreach(measure.device.files, outcome.files, is_given, false);
+  return FindBreach(measure.device.files, outcome.files, is_given, may_leave_temporary);
 }
 
 std::optional<std::string> FindWrong(const Measure& measure, const Fault& fault, const Outcome& outcome) {

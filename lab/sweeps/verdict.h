@@ -38,9 +38,9 @@ std::optional<std::string> FindWrong(const Measure& measure, const Fault& fault,
 
 /// Whether a run in which more than one thing went wrong ended well: with status 0 and all steps made, or
 /// with status 1, its failure line and the first steps made; with documents of which each value is one that
-/// the rules give.
-std::optional<std::string> FindWrongEnd(const Measure& measure, const LostLines& lost,
-                                        const Outcome& outcome);
+/// the rules give; and with nothing beside them, unless `may_leave_temporary`.
+std::optional<std::string> FindWrongEnd(const Measure& measure, const LostLines& lost, const Outcome& outcome,
+                                        bool may_leave_temporary = false);
 
 /// Whether the run ended where the step is that `fault`, which is a failed step's, let fail.
 std::optional<std::string> FindWrongFailure(const Measure& measure, const Fault& fault,

@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <set>
 #include <stdexcept>
 
 #include "tests/lab/sweeps/recorded_calls.h"
@@ -15,7 +13,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
 using ::testing::Not;
 using ::testing::UnorderedElementsAre;
@@ -173,28 +170,12 @@ TEST(PlanFaults, KnowsTheChannelsOfAReport) {
   EXPECT_EQ(Planned(run, "write:1:EIO").duty, Fault::Duty::None);
 }
 
-TEST(Sample, HoldsOneOfEveryKind) {
-  const std::vector<Fault> faults = PlanFaults(Calls(kWritingRun), 0);
-  std::set<std::string> kinds;
-  for (const Fault& fault : faults) kinds.insert(KindOf(fault));
-  std::set<std::string> drawn;
-  for (const Fault& fault : Sample(faults, 1, 7)) drawn.insert(KindOf(fault));
-  EXPECT_EQ(drawn, kinds);
-}
-
-TEST(Sample, IsTheSameForOneSeed) {
-  std::vector<std::string> run;
-  for (int i = 0; i < 100; ++i) run.push_back("fsync(3) = 0");
-  const std::vector<Fault> faults = PlanFaults(Calls(run), 0);
-  EXPECT_EQ(Sample(faults, 50, 7).size(), 50U);
-  EXPECT_EQ(NamesOf(Sample(faults, 50, 7)), NamesOf(Sample(faults, 50, 7)));
-  EXPECT_NE(NamesOf(Sample(faults, 50, 7)), NamesOf(Sample(faults, 50, 8)));
-}
-
-TEST(Sample, IsEverythingWhereThereIsNoMore) {
-  const std::vector<Fault> faults = PlanFaults(Calls(kWritingRun), 0);
-  EXPECT_EQ(NamesOf(Sample(faults, 1000, 7)), NamesOf(faults));
-  EXPECT_THAT(Sample({}, 10, 7), IsEmpty());
+TEST(PlanFaults, CountsTheStepsBeforeTheFirstCallToo) {
+  std::vector<std::string> run = kWritingRun;
+  run.emplace_back("mkdir('/usr/kelp/etc/wifi/legacy', 0755) = 0");
+  const std::vector<Fault> faults = PlanFaults(Calls(run), run.size() - 1);
+  EXPECT_EQ(faults.front().call, "mkdir");
+  EXPECT_EQ(faults.front().steps_before, 1U);
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ TEST(Fault, MayLast) {
   Fault fault = ReadError();
   fault.lasting = true;
   EXPECT_EQ(NameOf(fault), "read:12+:EIO");
-  EXPECT_EQ(KindOf(fault), "read EIO from there on");
+  EXPECT_EQ(KindOf(fault), "read for good");
   EXPECT_THAT(InjectionOf(fault), ElementsAre("-e", "inject=read:error=EIO:when=12+"));
 }
 

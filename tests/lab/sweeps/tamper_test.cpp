@@ -20,6 +20,7 @@ struct Ended {
 };
 
 constexpr int kNoTrial = 125;
+constexpr int kNotStarted = 124;
 
 /// Runs tamper with `arguments` before /bin/cat, which gets `input`.
 Ended RunOverCat(std::vector<std::string> arguments, const std::string& input) {
@@ -69,7 +70,8 @@ TEST(Tamper, TellsWhenTheOrderWasNotCarriedOut) {
                                                 {"shorten", "write", "1", "100000"},
                                                 {"shorten-from", "100000", "1"},
                                                 {"refuse-memory", "100000"},
-                                                {"kill-before", "100000"}}) {
+                                                {"kill-before", "100000"},
+                                                {"signal", "100000", "15"}}) {
     const Ended ended = RunOverCat(order, "some text");
     EXPECT_TRUE(EndedWith(ended, kNoTrial)) << order.front();
     EXPECT_THAT(ended.writes, ElementsAre("some text")) << order.front();
@@ -113,7 +115,24 @@ TEST(Tamper, KillsAfterACall) {
   EXPECT_THAT(ended.writes, IsEmpty());
 }
 
+TEST(Tamper, SendsASignalAtACall) {
+  for (const int signal : {SIGTERM, SIGHUP}) {
+    const Ended ended = RunOverCat({"signal", "2", std::to_string(signal)}, "some text");
+    EXPECT_TRUE(EndedBySignal(ended, signal)) << signal;
+    EXPECT_THAT(ended.writes, IsEmpty());
+  }
+}
+
+TEST(Tamper, TellsALimitedProgramThatHadNotBegun) {
+  // cat never ignores SIGPIPE, so it has not begun, as far as tamper can tell.
+  EXPECT_TRUE(EndedWith(RunOverCat({"limit", "NOFILE", "100"}, "some text"), kNotStarted));
+  const Ended ended = RunOverCat({"limit", "NOFILE", "3"}, "some text");  // none left for a library
+  EXPECT_TRUE(EndedWith(ended, kNotStarted));
+  EXPECT_THAT(ended.writes, IsEmpty());
+}
+
 TEST(Tamper, RefusesAnUnknownOrder) {
+  EXPECT_TRUE(EndedWith(RunOverCat({"limit", "TIME", "2"}, ""), kNoTrial));
   EXPECT_TRUE(EndedWith(RunOverCat({"delay", "2"}, ""), kNoTrial));
 }
 

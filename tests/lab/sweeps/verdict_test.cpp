@@ -94,7 +94,7 @@ TEST_F(VerdictTest, SeesTheResultOfAnotherFault) {
 TEST_F(VerdictTest, AFailedStepEndsTheRunWhereItWas) {
   fault_.duty = Fault::Duty::Fail;
   fault_.reason = {"cannot ", "misc.json", "Input/output error"};
-  failed_.err = "Failed to update config, error: cannot write /misc.json: Input/output error\n";
+  failed_.log.back() += " /misc.json: Input/output error";
   EXPECT_EQ(Wrong(failed_), std::nullopt);
   fault_.steps_before = 1;
   EXPECT_THAT(Wrong(failed_), Optional(HasSubstr("the steps before the failed one are 1, those made 0")));
@@ -104,7 +104,7 @@ TEST_F(VerdictTest, AFailedStepIsNamedWithItsCause) {
   fault_.duty = Fault::Duty::Fail;
   fault_.reason = {"cannot ", "misc.json"};
   EXPECT_THAT(Wrong(failed_), Optional(HasSubstr("the reason")));
-  failed_.err = "Failed to update config, error: it cannot write misc.json\n";
+  failed_.log.back() = "3: Failed to update config, error: it cannot write misc.json";
   EXPECT_THAT(Wrong(failed_), Optional(HasSubstr("the reason")));
 }
 
@@ -118,7 +118,8 @@ TEST_F(VerdictTest, AnUnreadableInformationStoreIsTold) {
   fault_.duty = Fault::Duty::Tell;
   EXPECT_THAT(Wrong(oracle_.undisturbed), Optional(HasSubstr("nothing tells")));
   EXPECT_THAT(Wrong(failed_), Optional(HasSubstr("nothing tells")));
-  failed_.err = "Failed to update config, error: cannot read /usr/kelp/etc/info.conf: Input/output error\n";
+  failed_.log.back() =
+      "3: Failed to update config, error: cannot read /usr/kelp/etc/info.conf: Input/output error";
   EXPECT_EQ(Wrong(failed_), std::nullopt);
   Outcome fallen_back = oracle_.undisturbed;
   fallen_back.log.emplace_back("3: kelpwifiupdater:300 Failed to get backhaul swap, default false: ");

@@ -1,0 +1,83 @@
+#include "lab/sweeps/limit_trials.h"
+
+#include <set>
+
+#include "lab/sweeps/outcome_text.h"
+
+namespace lab::sweeps {
+namespace {
+
+/// What the helper ends with when the program ended before its main.
+constexpr int kNotStarted = 124;
+
+constexpr std::uint64_t kKibi = 1024;
+constexpr std::uint64_t kMebi = 1024 * kKibi;
+
+std::vector<std::uint64_t> Steps(std::uint64_t from, std::uint64_t to, std::uint64_t step) {
+  std::vector<std::uint64_t> values;
+  for (std::uint64_t value = from; value <= to; value += step) values.push_back(value);
+  return values;
+}
+
+std::vector<std::uint64_t> Doublings(std::uint64_t from, std::uint64_t to) {
+  std::vector<std::uint64_t> values{0};
+  for (std::uint64_t value = from; value <= to; value *= 2)
+    values.insert(values.end(), {value, value * 3 / 2});
+  return values;
+}
+
+TrialResult Try(const Measure& measure, const Programs& programs, const std::string& resource,
+                std::uint64_t value, bool is_plenty) {
+  Manner manner;
+  manner.wrapper = {kTamper, "limit", resource, std::to_string(value)};
+  manner.helpers = {{kTamper, programs.tamper}};
+  return JudgeLimited(measure, resource, is_plenty,
+                      Migrate(measure.device, programs.migration, manner).outcome);
+}
+
+}  // namespace
+
+std::vector<LimitRange> LimitRanges() {
+  return {{"FSIZE", Doublings(1, 32 * kKibi)},
+          {"AS", Steps(0, 24 * kMebi, 192 * kKibi)},
+          {"DATA", Steps(0, 4 * kMebi, 32 * kKibi)},
+          {"NOFILE", Steps(0, 24, 1)},
+          {"STACK", Doublings(kKibi, 8 * kMebi)}};
+}
+
+TrialResult JudgeLimited(const Measure& measure, const std::string& resource, bool is_plenty,
+                         const Outcome& outcome) {
+  const Outcome& undisturbed = measure.oracle.undisturbed;
+  if (is_plenty) {
+    if (outcome == undisturbed) return Well();
+    return Wrong("plenty is not enough:\n" + Difference(undisturbed, outcome));
+  }
+  if (outcome.status == kNotStarted) {
+    const bool is_untouched =
+        outcome.files == WithoutLabFiles(measure.device.files) && outcome.log.empty() && outcome.out.empty();
+    if (is_untouched) return {true, "before main"};
+    return Wrong("not started, and yet something was done");
+  }
+  // Without a descriptor nobody can speak to the log.
+  const LostLines lost{.log = resource == "NOFILE", .standard_error = false};
+  if (auto wrong = FindWrongEnd(measure, lost, outcome)) return Wrong(*wrong);
+  return {true, outcome.status == 0 ? "with status 0" : "with status 1"};
+}
+
+std::vector<Trial> LimitTrials(const Measure& measure, const Programs& programs) {
+  std::vector<Trial> trials;
+  for (const LimitRange& range : LimitRanges()) {
+    for (const std::uint64_t value : range.values) {
+      const bool is_plenty = value == range.values.back();
+      const std::string text = std::to_string(value);
+      trials.push_back({"limit:" + range.resource + ":" + text, "limit " + range.resource,
+                        "tamper limit " + range.resource + " " + text + " ",
+                        [=, resource = range.resource, &measure, &programs] {
+                          return Try(measure, programs, resource, value, is_plenty);
+                        }});
+    }
+  }
+  return trials;
+}
+
+}  // namespace lab::sweeps
