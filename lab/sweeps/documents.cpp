@@ -124,7 +124,7 @@ std::string DocumentOf(const std::string& temporary_name) {
 }
 
 bool IsLockOfBootEnvironment(const std::string& path) {
-  return path == "/var/lock/fw_printenv.lock";
+  return path == kBootEnvironmentLock;
 }
 
 std::string ArchivedPath(const std::string& path) {

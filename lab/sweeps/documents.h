@@ -15,6 +15,9 @@ inline constexpr const char* kGlobalDocument = "/usr/kelp/etc/wifi/global.json";
 inline constexpr const char* kMiscDocument = "/usr/kelp/etc/wifi/misc.json";
 inline constexpr const char* kArchive = "/usr/kelp/etc/wifi/legacy";
 
+/// The one file that a run may leave besides its results.
+inline constexpr const char* kBootEnvironmentLock = "/var/lock/fw_printenv.lock";
+
 /// The mode of a document, under whichever name.
 inline constexpr mode_t kDocumentMode = 0600;
 
@@ -30,7 +33,6 @@ std::string TemporaryNameOf(const std::string& path);
 /// The document that is written under a temporary name.
 std::string DocumentOf(const std::string& temporary_name);
 
-/// The one file that a run may leave besides its results.
 bool IsLockOfBootEnvironment(const std::string& path);
 
 /// Where the legacy file at `path` goes to in the archive.

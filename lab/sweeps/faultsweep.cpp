@@ -1,5 +1,6 @@
 // Makes each single system call of a migration fail in turn, in many ways, once and for good, and two of them
-// in one run; limits what the program may have; and looks whether each run ends as it must.
+// in one run; limits what the program may have; blocks what it speaks to; and looks whether each run ends as
+// it must.
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/fault_trials.h"
 #include "lab/sweeps/limit_trials.h"
+#include "lab/sweeps/obstruction_trials.h"
 #include "lab/sweeps/pair_trials.h"
 #include "lab/sweeps/rules_oracle.h"
 #include "lab/sweeps/sweep_command.h"
@@ -28,7 +30,9 @@ constexpr const char* kDescription =
     "lab/sweeps/call_errors.cpp), with one of them from there on, and, of a write, taking nothing; each "
     "transfer cut short; memory refused from each request for it on; pairs of failed calls; and limits of "
     "file "
-    "size, address space, data, descriptors and stack from nothing to plenty.";
+    "size, address space, data, descriptors and stack from nothing to plenty; and a log, a console and a "
+    "lock "
+    "that block.";
 
 struct Request {
   Subject subject;
@@ -73,6 +77,7 @@ bool Sweep(const Request& request, const std::string& program) {
   std::vector<Trial> trials = FaultTrials(measure, programs, calls);
   Append(PairTrials(measure, programs, calls, request.pairs, request.seed), trials);
   Append(LimitTrials(measure, programs), trials);
+  Append(ObstructionTrials(measure, programs), trials);
   const std::vector<Trial> chosen = Choose(request, trials);
   std::printf(
       "%s: %zu system calls from main on, %zu ways to disturb the run, %zu of them tried; undisturbed status "

@@ -20,10 +20,9 @@ std::vector<std::uint64_t> Steps(std::uint64_t from, std::uint64_t to, std::uint
 }
 
 std::vector<std::uint64_t> Doublings(std::uint64_t from, std::uint64_t to) {
-  std::vector<std::uint64_t> values{0};
-  for (std::uint64_t value = from; value <= to; value *= 2)
-    values.insert(values.end(), {value, value * 3 / 2});
-  return values;
+  std::set<std::uint64_t> values{0};
+  for (std::uint64_t value = from; value <= to; value *= 2) values.insert({value, value + value / 2});
+  return {values.begin(), values.end()};
 }
 
 TrialResult Try(const Measure& measure, const Programs& programs, const std::string& resource,

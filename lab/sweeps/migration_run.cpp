@@ -1,5 +1,8 @@
 #include "lab/sweeps/migration_run.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <chrono>
 #include <ctime>
 #include <fstream>
@@ -7,6 +10,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "lab/images/descriptor.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/program_run.h"
 #include "lab/sweeps/documents.h"
@@ -62,6 +66,14 @@ void WaitForNextTick() {
   } while (now.tv_sec == start.tv_sec && now.tv_nsec == start.tv_nsec);
 }
 
+/// Takes the boot environment's lock, as another tool would.
+Descriptor HoldLock(PrivateRoot& root) {
+  if (!root.Exists(kBootEnvironmentLock)) root.Write(kBootEnvironmentLock, "");
+  Descriptor lock = root.Open(kBootEnvironmentLock, O_RDWR | O_CLOEXEC);
+  Checked(::flock(lock.Get(), LOCK_EX | LOCK_NB), "lock", kBootEnvironmentLock);
+  return lock;
+}
+
 }  // namespace
 
 Programs Programs::BesideThisOne(const std::filesystem::path& migration) {
@@ -84,11 +96,15 @@ MigrationRun Migrate(const Device& device, const std::filesystem::path& program,
   LayOut(device.files, root);
   for (const auto& [path, helper] : manner.helpers) root.Write(path, BytesOf(helper), kExecutable);
 
+  const Descriptor lock = manner.obstruction.held_lock ? HoldLock(root) : Descriptor();
+
   WaitForNextTick();
 
   RunOptions options;
   options.wrapper = manner.wrapper;
   options.timeout = kHang;
+  options.stuck_log = manner.obstruction.stuck_log;
+  if (manner.obstruction.full_console) options.console = Console::Full;
   options.environment.insert(options.environment.end(), manner.environment.begin(), manner.environment.end());
   const RunResult result =
       RunProgram(root, program, {"--update-config", std::to_string(device.build_number)}, options);

@@ -48,10 +48,18 @@ struct Outcome {
   bool operator==(const Outcome&) const = default;
 };
 
+/// What neither works nor fails while the program runs.
+struct Obstruction {
+  bool stuck_log = false;     // nobody reads the log socket, and it is full
+  bool full_console = false;  // nobody reads the standard streams, and they are full
+  bool held_lock = false;     // somebody else keeps the boot environment's lock
+};
+
 /// How the program is run.
 struct Manner {
   std::vector<std::string> wrapper;
   std::vector<std::string> environment;
+  Obstruction obstruction{};
   std::map<std::string, std::filesystem::path> helpers{};  // where on the device a program of the lab stands
 };
 

@@ -95,10 +95,14 @@ std::vector<SystemCall> ParseRecord(std::string_view text) {
 }
 
 std::size_t FirstCallOfMain(const std::vector<SystemCall>& calls) {
+  const auto looks_at_streams = [](const SystemCall& call) {
+    return call.name == "poll" || call.name == "ppoll";
+  };
+  const auto ignores_pipe = [](const SystemCall& call) {
+    return call.name == "rt_sigaction" && !call.arguments.empty() && call.arguments[0] == "SIGPIPE";
+  };
   for (std::size_t i = 0; i + 1 < calls.size(); ++i) {
-    const bool ignores_pipe =
-        calls[i].name == "rt_sigaction" && !calls[i].arguments.empty() && calls[i].arguments[0] == "SIGPIPE";
-    if (ignores_pipe && (calls[i + 1].name == "poll" || calls[i + 1].name == "ppoll")) return i;
+    if (looks_at_streams(calls[i]) && ignores_pipe(calls[i + 1])) return i;
   }
   throw std::runtime_error("the record does not show where main begins");
 }

@@ -12,7 +12,7 @@
 // status is the program's own; a program that a signal ends takes tamper with it by the same signal. An order
 // that was not carried out gives status 125: nobody may take a run that nothing disturbed for a trial. A
 // limited program that ends, in whatever way, before its main has begun gives status 124: that is the
-// loader's end and not the program's. (Its main ignores SIGPIPE first of all; no loader does.)
+// loader's end and not the program's. (Its main begins with that it ignores SIGPIPE; no loader does.)
 #include <elf.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
