@@ -22,7 +22,7 @@ struct Fault {
     None,
     Fail,        // the run ends there, with status 1 and a failure line that holds `reason`
     Forgive,     // the run ends as the undisturbed one: at most a fall-back is in what it wrote
-    Tell,        // either of both, and a fall-back is logged
+    Tell,        // either of both, and a fall-back is logged; the end, where it lasts
     SameResult,  // nothing at all may come out differently
   };
   /// Which of the two channels of a failure report the call belongs to.

@@ -19,6 +19,7 @@ namespace lab::sweeps {
 namespace {
 
 constexpr std::chrono::seconds kHang{20};
+constexpr std::chrono::seconds kHangWithLock{60};  // which is waited for some seconds for each of the radios
 constexpr mode_t kExecutable = 0755;
 
 bool IsScratch(const std::string& path) {
@@ -102,7 +103,7 @@ MigrationRun Migrate(const Device& device, const std::filesystem::path& program,
 
   RunOptions options;
   options.wrapper = manner.wrapper;
-  options.timeout = kHang;
+  options.timeout = manner.obstruction.held_lock ? kHangWithLock : kHang;
   options.stuck_log = manner.obstruction.stuck_log;
   if (manner.obstruction.full_console) options.console = Console::Full;
   options.environment.insert(options.environment.end(), manner.environment.begin(), manner.environment.end());

@@ -191,8 +191,11 @@ std::optional<std::string> FindWrong(const Measure& measure, const Fault& fault,
            Difference(measure.oracle.undisturbed, outcome);
   }
   if (fault.lasting) {  // more than one service may fail
-    const bool ends_there = fault.duty == Fault::Duty::Fail;
-    return ends_there ? FindWrongFailure(measure, fault, outcome) : std::nullopt;
+    if (fault.duty == Fault::Duty::Fail) return FindWrongFailure(measure, fault, outcome);
+    // Among the values of the store are some without which there is no migration.
+    const bool is_store_gone = fault.duty == Fault::Duty::Tell;
+    if (!is_store_gone || Says(ReasonOf(outcome), ReasonOfUnreadableStore())) return std::nullopt;
+    return "the information store could not be read, and the run did not end for it";
   }
   if (auto wrong = FindWrongByRule(measure, fault, outcome)) return wrong;
   const auto is_exact = FindBreach(measure.device.files, outcome.files, measure.oracle.Trees(), false);

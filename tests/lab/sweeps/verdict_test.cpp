@@ -127,6 +127,18 @@ TEST_F(VerdictTest, AnUnreadableInformationStoreIsTold) {
   EXPECT_EQ(Wrong(fallen_back), std::nullopt);
 }
 
+TEST_F(VerdictTest, AnInformationStoreThatIsGoneForGoodEndsTheRun) {
+  fault_.duty = Fault::Duty::Tell;
+  fault_.lasting = true;
+  Outcome outcome = oracle_.undisturbed;
+  outcome.log.emplace_back("3: kelpwifiupdater:300 Failed to get backhaul swap, default false: ");
+  EXPECT_THAT(Wrong(outcome), Optional(HasSubstr("did not end for it")));
+  EXPECT_THAT(Wrong(failed_), Optional(HasSubstr("did not end for it")));
+  failed_.log.back() =
+      "3: Failed to update config, error: cannot read /usr/kelp/etc/info.conf: Input/output error";
+  EXPECT_EQ(Wrong(failed_), std::nullopt);
+}
+
 TEST_F(VerdictTest, SeesAStepBehindOneThatWasNotMade) {
   measure_.steps.insert(measure_.steps.begin(),
                         {MigrationStep::Kind::Document, "/usr/kelp/etc/wifi/global.json"});
