@@ -121,6 +121,10 @@ bool IsInterruption(std::string_view error) {
   return error == "EINTR";
 }
 
+bool MeansAbsent(std::string_view error) {
+  return error == "ENOENT" || error == "ENOTDIR";
+}
+
 std::string TextOfError(std::string_view name) {
   for (int number = 1; number < kMoreThanErrorsThereAre; ++number) {
     const char* const candidate = ::strerrorname_np(number);

@@ -18,6 +18,9 @@ const std::vector<std::string_view>& ErrorsOfCreation();
 /// Whether a call may be repeated after this error as if nothing had happened.
 bool IsInterruption(std::string_view error);
 
+/// Whether the error is the answer of a file that is not there.
+bool MeansAbsent(std::string_view error);
+
 /// What the C library says for the error of this name: "Input/output error" for "EIO". Empty for no error.
 std::string TextOfError(std::string_view name);
 

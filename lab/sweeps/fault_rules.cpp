@@ -31,11 +31,6 @@ bool IsStatusCall(const SystemCall& call) {
   return names.contains(call.name) && !is_of_descriptor;
 }
 
-/// The answer of a file that is not there.
-bool MeansAbsent(std::string_view error) {
-  return error == "ENOENT" || error == "ENOTDIR";
-}
-
 /// Some file systems cannot flush a folder; there it has nothing to wait for.
 bool IsNoFlushOfFolder(std::string_view error) {
   return error == "EINVAL" || error == "EOPNOTSUPP";

@@ -25,14 +25,19 @@ unsigned ModeAt(const SystemCall& call, std::size_t place) {
 /// is noticed.
 bool MayChangeStorage(const SystemCall& call) {
   static const std::set<std::string_view> harmless{
-      "access",    "arch_prctl", "brk",        "clock_gettime", "clock_nanosleep", "close",
-      "connect",   "execve",     "exit_group", "faccessat2",    "flock",           "fstat",
-      "futex",     "getpid",     "getrandom",  "getrlimit",     "gettid",          "getuid",
-      "lseek",     "lstat",      "madvise",    "mprotect",      "mremap",          "munmap",
-      "nanosleep", "newfstatat", "poll",       "ppoll",         "pread64",         "prlimit64",
-      "read",      "readlink",   "readlinkat", "rseq",          "rt_sigaction",    "rt_sigprocmask",
-      "sendmsg",   "sendto",     "setitimer",  "setsockopt",    "set_robust_list", "set_tid_address",
-      "socket",    "stat",       "statx",      "sysinfo",       "umask",           "uname",
+      "access",          "arch_prctl",   "brk",          "clock_gettime",
+      "clock_nanosleep", "close",        "connect",      "execve",
+      "exit_group",      "faccessat2",   "flock",        "fstat",
+      "futex",           "getpid",       "getrandom",    "getrlimit",
+      "gettid",          "getuid",       "lseek",        "lstat",
+      "madvise",         "mprotect",     "mremap",       "munmap",
+      "nanosleep",       "newfstatat",   "poll",         "ppoll",
+      "pread64",         "prlimit64",    "read",         "readlink",
+      "readlinkat",      "rseq",         "rt_sigaction", "rt_sigprocmask",
+      "sendmsg",         "sendto",       "setsockopt",   "set_robust_list",
+      "set_tid_address", "socket",       "stat",         "statx",
+      "sysinfo",         "timer_create", "timer_delete", "timer_settime",
+      "umask",           "uname",
   };
   const auto has = [&](std::size_t place, std::string_view text) {
     return place < call.arguments.size() && call.arguments[place].find(text) != std::string::npos;

@@ -1,7 +1,9 @@
 #include "lab/sweeps/limit_trials.h"
 
+#include <csignal>
 #include <set>
 
+#include "lab/sweeps/documents.h"
 #include "lab/sweeps/outcome_text.h"
 
 namespace lab::sweeps {
@@ -12,6 +14,9 @@ constexpr int kNotStarted = 124;
 
 constexpr std::uint64_t kKibi = 1024;
 constexpr std::uint64_t kMebi = 1024 * kKibi;
+
+/// Less than any thread may be given. Whom the kernel ends for it cannot say a word.
+constexpr std::uint64_t kSmallestStack = 16 * kKibi;
 
 std::vector<std::uint64_t> Steps(std::uint64_t from, std::uint64_t to, std::uint64_t step) {
   std::vector<std::uint64_t> values;
@@ -30,7 +35,7 @@ TrialResult Try(const Measure& measure, const Programs& programs, const std::str
   Manner manner;
   manner.wrapper = {kTamper, "limit", resource, std::to_string(value)};
   manner.helpers = {{kTamper, programs.tamper}};
-  return JudgeLimited(measure, resource, is_plenty,
+  return JudgeLimited(measure, resource, value, is_plenty,
                       Migrate(measure.device, programs.migration, manner).outcome);
 }
 
@@ -44,8 +49,8 @@ std::vector<LimitRange> LimitRanges() {
           {"STACK", Doublings(kKibi, 8 * kMebi)}};
 }
 
-TrialResult JudgeLimited(const Measure& measure, const std::string& resource, bool is_plenty,
-                         const Outcome& outcome) {
+TrialResult JudgeLimited(const Measure& measure, const std::string& resource, std::uint64_t value,
+                         bool is_plenty, const Outcome& outcome) {
   const Outcome& undisturbed = measure.oracle.undisturbed;
   if (is_plenty) {
     if (outcome == undisturbed) return Well();
@@ -56,6 +61,12 @@ TrialResult JudgeLimited(const Measure& measure, const std::string& resource, bo
         outcome.files == WithoutLabFiles(measure.device.files) && outcome.log.empty() && outcome.out.empty();
     if (is_untouched) return {true, "before main"};
     return Wrong("not started, and yet something was done");
+  }
+  if (resource == "STACK" && value < kSmallestStack && outcome.signal == SIGSEGV) {
+    const auto breach = FindBreach(measure.device.files, outcome.files, measure.oracle.Trees(), true);
+    const bool is_in_order = CountStepsMade(measure.steps, measure.device.files, outcome.files).has_value();
+    return breach || !is_in_order ? Wrong(breach.value_or("a step was made behind one that was not"))
+                                  : TrialResult{true, "with no stack"};
   }
   // Without a descriptor nobody can speak to the log.
   const LostLines lost{.log = resource == "NOFILE", .standard_error = false};

@@ -24,8 +24,8 @@ std::vector<LimitRange> LimitRanges();
 /// and `programs` have to live as long as the trials.
 std::vector<Trial> LimitTrials(const Measure& measure, const Programs& programs);
 
-/// Whether a run under a limit ended as it must.
-TrialResult JudgeLimited(const Measure& measure, const std::string& resource, bool is_plenty,
-                         const Outcome& outcome);
+/// Whether a run ended as it must that got so much of the resource.
+TrialResult JudgeLimited(const Measure& measure, const std::string& resource, std::uint64_t value,
+                         bool is_plenty, const Outcome& outcome);
 
 }  // namespace lab::sweeps

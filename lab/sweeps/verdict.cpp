@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "lab/sweeps/call_errors.h"
 #include "lab/sweeps/documents.h"
 #include "lab/sweeps/fault_rules.h"
 #include "lab/sweeps/outcome_text.h"
@@ -198,6 +199,8 @@ std::optional<std::string> FindWrong(const Measure& measure, const Fault& fault,
     return "the information store could not be read, and the run did not end for it";
   }
   if (auto wrong = FindWrongByRule(measure, fault, outcome)) return wrong;
+  // A file that is not there stays so for the run: every service that asks for it misses it.
+  if (MeansAbsent(fault.error)) return std::nullopt;
   const auto is_exact = FindBreach(measure.device.files, outcome.files, measure.oracle.Trees(), false);
   if (is_exact) return is_exact;
   if (measure.oracle.Allows(outcome, fault.place)) return std::nullopt;

@@ -34,7 +34,7 @@ class JudgeLimitedTest : public ::testing::Test {
   }
 
   TrialResult Judge(const Outcome& outcome, const std::string& resource = "AS") const {
-    return JudgeLimited(measure_, resource, false, outcome);
+    return JudgeLimited(measure_, resource, 8192, false, outcome);
   }
 
   Measure measure_;
@@ -80,10 +80,27 @@ TEST_F(JudgeLimitedTest, ExcusesTheLogOnlyWhereDescriptorsAreShort) {
   EXPECT_TRUE(Judge(failed_, "NOFILE").is_well);
 }
 
+TEST_F(JudgeLimitedTest, OnlyALackOfAnyStackMayEndARunBySignalAndWithoutHarm) {
+  Outcome outcome = failed_;
+  outcome.signal = 11;
+  outcome.err.clear();
+  outcome.log.clear();
+  EXPECT_TRUE(Judge(outcome, "STACK").is_well);
+  EXPECT_EQ(Judge(outcome, "STACK").text, "with no stack");
+  EXPECT_FALSE(Judge(outcome, "DATA").is_well);
+  EXPECT_FALSE(JudgeLimited(measure_, "STACK", 16384, false, outcome).is_well);
+  outcome.files[kGlobal] = {Entry::Kind::File, 0600, "{"};
+  EXPECT_FALSE(Judge(outcome, "STACK").is_well);
+  outcome.files[kGlobal].content = "{}";
+  EXPECT_TRUE(Judge(outcome, "STACK").is_well);
+  outcome.signal = 6;
+  EXPECT_FALSE(Judge(outcome, "STACK").is_well);
+}
+
 TEST_F(JudgeLimitedTest, PlentyIsEnough) {
-  EXPECT_TRUE(JudgeLimited(measure_, "AS", true, measure_.oracle.undisturbed).is_well);
-  EXPECT_FALSE(JudgeLimited(measure_, "AS", true, failed_).is_well);
-  EXPECT_FALSE(JudgeLimited(measure_, "AS", true, not_started_).is_well);
+  EXPECT_TRUE(JudgeLimited(measure_, "AS", 8192, true, measure_.oracle.undisturbed).is_well);
+  EXPECT_FALSE(JudgeLimited(measure_, "AS", 8192, true, failed_).is_well);
+  EXPECT_FALSE(JudgeLimited(measure_, "AS", 8192, true, not_started_).is_well);
 }
 
 TEST(LimitRanges, GoFromNothingToPlentyWithoutRepetition) {

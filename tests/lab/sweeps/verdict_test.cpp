@@ -86,6 +86,17 @@ TEST_F(VerdictTest, SeesAResultThatNoRuleGives) {
   EXPECT_THAT(Wrong(outcome), Optional(HasSubstr("the rules give no such result")));
 }
 
+TEST_F(VerdictTest, AFileThatIsNotThereIsMissedByMoreThanOneService) {
+  Outcome outcome = oracle_.undisturbed;
+  outcome.log = {"4: Start", "3: a fall-back", "3: another"};
+  fault_.error = "EIO";
+  EXPECT_THAT(Wrong(outcome), Optional(HasSubstr("the rules give no such result")));
+  fault_.error = "ENOENT";
+  EXPECT_EQ(Wrong(outcome), std::nullopt);
+  outcome.files.clear();
+  EXPECT_THAT(Wrong(outcome), Optional(HasSubstr("a step was not done")));
+}
+
 TEST_F(VerdictTest, SeesTheResultOfAnotherFault) {
   fault_.place = "/etc/fw_env.config";
   EXPECT_THAT(Wrong(failed_), Optional(HasSubstr("the rules give no such result")));
