@@ -9,6 +9,7 @@
 #include <chrono>
 #include <filesystem>
 #include <ostream>
+#include <sstream>
 #include <string>
 
 #include "lab/images/descriptor.h"
@@ -93,6 +94,36 @@ TEST_P(SampleDevices, RunsWithClosedStandardStreams) {
   EXPECT_EQ(testing_support::PrintLog(run.log), expected.Log());
   expected.ExpectDocuments(run.after);
   expected.ExpectPaths(run);
+}
+
+TEST_P(SampleDevices, NoFileTakesTheNumberOfAClosedStandardStream) {
+  lab::PrivateRoot device(Image(GetParam().device));
+  device.MakeDirectory("/tmp");
+  lab::RunOptions options;
+  options.wrapper = {"strace",
+                     "-o",
+                     "/tmp/record",
+                     "-e",
+                     "trace=open,openat,socket",
+                     "sh",
+                     "-c",
+                     R"(exec "$0" "$@" <&- >&- 2>&-)"};
+  options.environment.emplace_back("ASAN_OPTIONS=detect_leaks=0");  // which cannot be had under strace
+
+  const lab::RunResult run = UpdateFrom(device, GetParam().build, options);
+
+  EXPECT_EQ(run.status, GetParam().failure.empty() ? 0 : 1);
+  std::istringstream record(run.after.at("/tmp/record").content);
+  int opened = 0;
+  for (std::string call; std::getline(record, call);) {
+    const bool is_of_the_run = call.find("\"/usr/kelp/etc") != std::string::npos ||
+                               call.find("\"/etc/hostapd") != std::string::npos ||
+                               call.find("AF_UNIX") != std::string::npos;
+    if (!is_of_the_run || call.find("= -1") != std::string::npos) continue;
+    ++opened;
+    EXPECT_GT(std::stoi(call.substr(call.rfind("= ") + 2)), 2) << call;
+  }
+  EXPECT_GT(opened, 5);
 }
 
 TEST_P(SampleDevices, RunsWithoutALogDaemon) {

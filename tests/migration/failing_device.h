@@ -23,10 +23,10 @@ class FailingDevice {
   /// What was asked, in order: "PATH KEY" of a legacy file, "usb3" of the boot environment.
   std::vector<std::string> questions;
 
-  std::string path_that_stays;            // cannot be removed: std::filesystem::filesystem_error, EBUSY
-  std::string path_that_goes_before;      // somebody else removes it before the program does
-  bool flush_fails = false;               // of a directory: std::system_error, EIO
-  std::string information_that_throws;    // a key; something that is no std::exception
+  std::string path_that_stays;          // cannot be removed: std::filesystem::filesystem_error, EBUSY
+  std::string path_that_goes_before;    // somebody else removes it before the program does
+  bool flush_fails = false;             // of a directory: std::system_error, EIO
+  std::string information_that_throws;  // a key; something that is no std::exception
 };
 
 }  // namespace testing_support
