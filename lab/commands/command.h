@@ -12,6 +12,7 @@ using Actions = std::map<const CLI::App*, std::function<int()>>;
 // One function a sub-command: adds it with its arguments to `app`, and what it does to `actions`.
 
 void AddRun(CLI::App& app, Actions& actions);
+void AddExplain(CLI::App& app, Actions& actions);
 void AddShow(CLI::App& app, Actions& actions);
 void AddDescribe(CLI::App& app, Actions& actions);
 void AddSeal(CLI::App& app, Actions& actions);

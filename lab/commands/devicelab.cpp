@@ -32,6 +32,7 @@ int RunCommand(int argument_count, char* arguments[]) {
 
   lab::commands::Actions actions;
   lab::commands::AddRun(app, actions);
+  lab::commands::AddExplain(app, actions);
   lab::commands::AddShow(app, actions);
   lab::commands::AddDescribe(app, actions);
   lab::commands::AddSeal(app, actions);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "lab/experiments/inputs.h"
+
+namespace lab {
+
+/// What moved when an input of a device was removed or changed.
+struct Effect {
+  std::string file;
+  /// As an Input names it.
+  std::string entry;
+  /// Members of the documents: "network.json.default[1].featureSettings[0].security".
+  std::set<std::string> members;
+  /// What else is not the same, in words: how the update ends, what is archived, what is logged.
+  std::set<std::string> otherwise;
+
+  bool IsNone() const { return members.empty() && otherwise.empty(); }
+};
+
+/// Tries each of `inputs`, which are those of the device in the folder `image`: runs `program` from the build
+/// `from` without it and with it changed, and compares with the run on the device as it is. On `workers`
+/// devices at a time, each in a private root. In the order of the inputs.
+std::vector<Effect> FindEffects(const std::filesystem::path& image, const std::vector<Input>& inputs,
+                                const std::filesystem::path& program, const std::string& from,
+                                unsigned workers);
+
+}  // namespace lab
