@@ -161,7 +161,9 @@ void LetAllBandsDecide(const Rehearsal& rehearsal, Setting& setting) {
 Setting Fact(const Rehearsal& rehearsal, const char* member, const char* key, const Json::Value& object,
              const Json::Value& words, int message) {
   const Member fact{member, key, Form::Word, message};
-  Setting setting = Describe(rehearsal, fact, kInformationStore, key == nullptr ? "" : key, object, words);
+  // Only a whole migration takes these from the information store.
+  const bool has_key = key != nullptr && rehearsal.IsWholeMigration();
+  Setting setting = Describe(rehearsal, fact, kInformationStore, has_key ? key : "", object, words);
   setting.fell_back = message != 0 && rehearsal.Logged(message);
   return setting;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "tests/lab/households/household.h"
@@ -61,6 +62,20 @@ TEST(HouseholdJson, TellsEveryMemberOfTheNetworkAndRadioDocuments) {
   // 30 of the network's own, the rotation being one, and its seven instead of it; without the radio's number.
   EXPECT_EQ(json["networks"][0]["radios"][0]["settings"].size(), 30U - 2U + 7U);
   EXPECT_EQ(json["radios"][0]["settings"].size(), 9U);
+}
+
+TEST(HouseholdJson, TakesTheInformationStoreForASourceInAWholeMigrationOnly) {
+  lab::PrivateRoot device(std::filesystem::path(KELP_SOURCE "/devices/release-13-mesh"));
+  const lab::RunResult run = lab::RunProgram(device, KELP_PROGRAM, {"--update-config", "9000"});
+  const Json::Value json = lab::ToJson(lab::Tell("a device", "9000", run, lab::Discretion({}, run.before)));
+  for (const Json::Value& setting : json["device"]) {
+    if (setting["member"] == "countryCode") {
+      EXPECT_EQ(setting["now"], "NL");
+      EXPECT_TRUE(setting["was"].isNull());
+    }
+  }
+  Household household;
+  EXPECT_EQ(Report(household)["device"][3]["was"], "DE");
 }
 
 TEST(HouseholdJson, IsTextOfASCIIWhateverTheHouseholdWroteThere) {
