@@ -217,6 +217,8 @@ class DeviceLabProcess : public DeviceLab {
     const Descriptor writing(ends[1]);
     lab_ = Checked(::fork(), "fork", "");
     if (lab_ != 0) return;
+    // What runs the tests in the background, or with nohup(1), has some of them ignored.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE}) ::signal(signal, SIG_DFL);
     ::dup2(writing.Get(), STDOUT_FILENO);
     ::setenv("TMPDIR", temporary_.Path().c_str(), 1);
     ::execl(DEVICELAB, DEVICELAB, "run", image_.Path().c_str(), "--from", build.c_str(), "--program",
