@@ -139,13 +139,13 @@ TEST_P(SampleDevices, RunsWithoutALogDaemon) {
   expected.ExpectPaths(run);
 }
 
-/// Dates everything on the device; gives whether the file system has room for such a date. Where programs
-/// have 32 bits the boot environment keeps its date: libubootenv looks at it with the types that it was
-/// itself built with, which in Debian are the narrow ones.
+/// Dates everything on the device; gives whether the file system has room for such a date. For a program of
+/// 32 bits the boot environment keeps its date: libubootenv looks at it with the types that it was itself
+/// built with, which in Debian are the narrow ones.
 bool DateEverything(const lab::PrivateRoot& device, time_t date) {
   const std::array<timespec, 2> times{timespec{date, 0}, timespec{date, 0}};
   for (const auto& entry : std::filesystem::recursive_directory_iterator(device.Path())) {
-    if (sizeof(void*) == 4 && entry.path().parent_path().filename() == "boot") continue;
+    if (ProgramHas32Bits() && entry.path().parent_path().filename() == "boot") continue;
     const char* const path = entry.path().c_str();
     lab::Checked(::utimensat(AT_FDCWD, path, times.data(), AT_SYMLINK_NOFOLLOW), "date", path);
     struct stat status {};

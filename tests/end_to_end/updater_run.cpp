@@ -1,8 +1,11 @@
 #include "tests/end_to_end/updater_run.h"
 
+#include <elf.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
+#include <fstream>
 #include <optional>
 #include <sstream>
 
@@ -33,17 +36,27 @@ std::optional<lab::ForeignMachine> MachineUnderTest() {
   return lab::ForeignMachine{emulator, FromEnvironment("KELP_TEST_LIBRARIES", "/")};
 }
 
+std::filesystem::path ProgramUnderTest() {
+  return FromEnvironment("KELP_TEST_PROGRAM", KELP_PROGRAM);
+}
+
 }  // namespace
 
 std::filesystem::path Image(std::string_view name) {
   return FromEnvironment("KELP_TEST_DEVICES", KELP_DEVICES) / name;
 }
 
+bool ProgramHas32Bits() {
+  std::array<char, EI_NIDENT> identification{};
+  std::ifstream(ProgramUnderTest(), std::ios::binary).read(identification.data(), identification.size());
+  return identification.at(EI_CLASS) == ELFCLASS32;
+}
+
 lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::string>& arguments,
                           const lab::RunOptions& options) {
   lab::RunOptions on_machine = options;
   on_machine.machine = MachineUnderTest();
-  return lab::RunProgram(device, FromEnvironment("KELP_TEST_PROGRAM", KELP_PROGRAM), arguments, on_machine);
+  return lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine);
 }
 
 lab::RunResult UpdateFrom(lab::PrivateRoot& device, const std::string& build,

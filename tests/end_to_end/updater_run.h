@@ -23,6 +23,9 @@ inline const std::string kMesh = "/usr/kelp/etc/mesh/mesh.conf";
 /// The image folder of the sample device `name`.
 std::filesystem::path Image(std::string_view name);
 
+/// Whether the program under test is one of 32 bits.
+bool ProgramHas32Bits();
+
 /// The real program, on `device`, with `arguments` as typed behind its name.
 lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::string>& arguments,
                           const lab::RunOptions& options = {});
