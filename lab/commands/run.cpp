@@ -7,6 +7,8 @@
 #include "lab/commands/command.h"
 #include "lab/commands/kept_device.h"
 #include "lab/images/private_root.h"
+#include "lab/page/page.h"
+#include "lab/page/page_file.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
@@ -28,6 +30,7 @@ struct Request {
   std::string build;
   fs::path program;
   fs::path keep;
+  fs::path html;
   bool documents = false;
   bool json = false;
   Discretion::Choice choice;
@@ -51,6 +54,11 @@ void Print(const Request& request, const fs::path& program, const RunResult& res
   Discretion discretion(request.choice, result.before);
   discretion.Learn(result.after);
   const HouseholdReport report = Tell(NameOf(request.image), request.build, result, discretion);
+  if (!request.html.empty()) {
+    page::Page page(page::Kind::Household);
+    page.Add(ToJson(report));
+    page::WritePageFile(request.html, page.Html());
+  }
   if (request.json) {
     std::cout << ToText(ToJson(report));
     return;
@@ -65,6 +73,7 @@ void Print(const Request& request, const fs::path& program, const RunResult& res
 int Run(const Request& request) {
   RequireImage(request.image);
   const fs::path program = ProgramToRun(request.program);
+  if (!request.html.empty()) page::RequirePageFile(request.html);
   BecomeRunner();
   if (!request.keep.empty()) MakeKeptDevice(request.keep);
 
@@ -94,6 +103,7 @@ void AddRun(CLI::App& app, Actions& actions) {
       ->excludes(json);
   run->add_option("--keep", request->keep,
                   "Keep the device as the run left it in this new folder, its secrets with it");
+  run->add_option("--html", request->html, "Write what is shown as a page for a browser as well");
   run->add_flag("--show-secrets", request->choice.show_secrets, "Show passwords, shared secrets and PINs");
   run->add_flag("--anonymous", request->choice.anonymous,
                 "Show digests in place of SSIDs, MAC addresses, device names and mail addresses");

@@ -1,0 +1,51 @@
+#include "lab/page/script_data.h"
+
+#include <json/writer.h>
+
+#include "lab/reports/safe_text.h"
+
+namespace lab::page {
+namespace {
+
+Json::Value Safe(const Json::Value& value) {
+  if (value.isString()) return Printable(value.asString());
+  if (value.isArray()) {
+    Json::Value safe(Json::arrayValue);
+    for (const Json::Value& element : value) safe.append(Safe(element));
+    return safe;
+  }
+  if (value.isObject()) {
+    Json::Value safe(Json::objectValue);
+    for (const std::string& name : value.getMemberNames()) safe[Printable(name)] = Safe(value[name]);
+    return safe;
+  }
+  return value;
+}
+
+}  // namespace
+
+std::string ScriptData(const Json::Value& value) {
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  builder["emitUTF8"] = false;
+  std::string text;
+  for (const char byte : Json::writeString(builder, Safe(value))) {
+    // These stand in strings alone.
+    switch (byte) {
+      case '<':
+        text += "\\u003c";
+        break;
+      case '>':
+        text += "\\u003e";
+        break;
+      case '&':
+        text += "\\u0026";
+        break;
+      default:
+        text += byte;
+    }
+  }
+  return text;
+}
+
+}  // namespace lab::page
