@@ -15,8 +15,9 @@ constexpr int kNotStarted = 124;
 constexpr std::uint64_t kKibi = 1024;
 constexpr std::uint64_t kMebi = 1024 * kKibi;
 
-/// Less than any thread may be given. Whom the kernel ends for it cannot say a word.
-constexpr std::uint64_t kSmallestStack = 16 * kKibi;
+/// With less, the kernel may end the program, which cannot say a word then. A device gives hundreds of times
+/// as much.
+constexpr std::uint64_t kSmallestStack = 24 * kKibi;
 
 std::vector<std::uint64_t> Steps(std::uint64_t from, std::uint64_t to, std::uint64_t step) {
   std::vector<std::uint64_t> values;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <set>
@@ -71,6 +72,29 @@ MigrationRun AskOnce(const Device& device, const Programs& programs, long failin
   return Migrate(device, programs.rules, manner);
 }
 
+/// The files that a run may look for in vain.
+std::vector<std::string> FilesOf(const Device& device) {
+  std::vector<std::string> files;
+  for (const auto& [path, entry] : device.files) {
+    const bool is_input = entry.kind == Entry::Kind::File && !IsDocument(path) && !IsTemporaryName(path);
+    if (is_input && !path.starts_with(kArchive)) files.push_back(path);
+  }
+  return files;
+}
+
+std::vector<Tree> RunWithoutEachFile(const Device& device, const Programs& programs, unsigned workers) {
+  const std::vector<std::string> files = FilesOf(device);
+  const std::vector<std::string> texts = DoInWorkers(files.size(), workers, [&](std::size_t place) {
+    Device lacking = device;
+    lacking.files.erase(files[place]);
+    return ToText(Migrate(lacking, programs.migration).outcome);
+  });
+  std::vector<Tree> trees;
+  std::transform(texts.begin(), texts.end(), std::back_inserter(trees),
+                 [](const std::string& text) { return FromText(text).files; });
+  return trees;
+}
+
 }  // namespace
 
 Outcome AsRulesSeeIt(Outcome outcome) {
@@ -125,6 +149,7 @@ RulesOracle AskRules(const Device& device, const Programs& programs, unsigned wo
     oracle.with_failed_service.push_back({about, FromText(text)});
     RequireWholeDocuments(oracle.with_failed_service.back().outcome.files);
   }
+  oracle.without_a_file = RunWithoutEachFile(device, programs, workers);
   return oracle;
 }
 

@@ -19,6 +19,7 @@ struct RulesOracle {
 
   Outcome undisturbed;
   std::vector<FailedService> with_failed_service;  // each outcome once
+  std::vector<Tree> without_a_file;  // what a run leaves where one of the device's files is missing
 
   /// Whether the rules can give `outcome` when something fails that is about the file or folder `place`. What
   /// no service names is the boot environment's, which the library behind it looks after.

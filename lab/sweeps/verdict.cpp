@@ -143,6 +143,7 @@ std::optional<std::string> FindWrongByRule(const Measure& measure, const Fault& 
 Measure TakeMeasure(const Device& device, RulesOracle oracle, const std::vector<SystemCall>& calls) {
   Measure measure{device, std::move(oracle), StepsOf(device, AccessPointFilesIn(calls)), {}};
   for (const Tree* const tree : measure.oracle.Trees()) measure.values.Add(*tree);
+  for (const Tree& tree : measure.oracle.without_a_file) measure.values.Add(tree);
   if (const auto wrong = FindWrongSteps(measure, measure.oracle.undisturbed)) {
     throw std::runtime_error("the undisturbed run: " + *wrong);
   }

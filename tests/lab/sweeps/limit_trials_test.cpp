@@ -88,7 +88,7 @@ TEST_F(JudgeLimitedTest, OnlyALackOfAnyStackMayEndARunBySignalAndWithoutHarm) {
   EXPECT_TRUE(Judge(outcome, "STACK").is_well);
   EXPECT_EQ(Judge(outcome, "STACK").text, "with no stack");
   EXPECT_FALSE(Judge(outcome, "DATA").is_well);
-  EXPECT_FALSE(JudgeLimited(measure_, "STACK", 16384, false, outcome).is_well);
+  EXPECT_FALSE(JudgeLimited(measure_, "STACK", 24576, false, outcome).is_well);
   outcome.files[kGlobal] = {Entry::Kind::File, 0600, "{"};
   EXPECT_FALSE(Judge(outcome, "STACK").is_well);
   outcome.files[kGlobal].content = "{}";
