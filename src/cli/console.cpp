@@ -8,6 +8,8 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <climits>
+#include <cstddef>
 #include <initializer_list>
 #include <string_view>
 
@@ -17,9 +19,22 @@
 namespace KELP::Wifi::Updater {
 namespace {
 
-bool WriteInTime(int descriptor, std::string_view text, const Patience& patience) noexcept {
+/// Whether the stream has room for a piece, or gets it while there is patience.
+bool HasRoom(int descriptor, const Patience& patience) noexcept {
+  pollfd stream{descriptor, POLLOUT, 0};
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(patience.Left());
+  return ::poll(&stream, 1, static_cast<int>(left.count())) > 0;
+}
+
+bool WriteInTime(int descriptor, std::string_view text, const Patience& patience,
+                 const WaitLimit& limit) noexcept {
   while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    std::size_t size = text.size();
+    if (!limit.IsSet()) {  // nothing would interrupt a write that waits
+      if (!HasRoom(descriptor, patience)) return false;
+      size = std::min<std::size_t>(size, PIPE_BUF);
+    }
+    const ssize_t written = ::write(descriptor, text.data(), size);
     if (written == 0 || (written < 0 && errno != EINTR)) return false;
     text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
     if (!text.empty() && patience.Left() == std::chrono::microseconds::zero()) return false;
@@ -33,7 +48,7 @@ void Write(int descriptor, std::initializer_list<std::string_view> parts) noexce
   // The streams belong to others too: to make them non-blocking would be felt there.
   const WaitLimit limit(std::max(std::chrono::ceil<std::chrono::milliseconds>(patience.Left()), kLeastToTry));
   for (const std::string_view part : parts) {
-    if (!WriteInTime(descriptor, part, patience)) return;
+    if (!WriteInTime(descriptor, part, patience, limit)) return;
   }
 }
 

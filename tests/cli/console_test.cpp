@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -138,6 +139,43 @@ TEST(Console, StreamsThatNobodyReadsCostTheTextOnly) {
 
 TEST(Console, StreamsThatAreReadLateLoseNothing) {
   EXPECT_EQ(InAChild([] {
+              const int err = FillStream(STDERR_FILENO);
+              std::string got;
+              std::thread reader([&] {
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                while (!got.ends_with("end")) got += TakeText(err);
+              });
+              const std::string text(300'000, 'x');
+              WriteToStandardError({text, "end"});
+              reader.join();
+              return got == text + "end" ? 7 : 1;
+            }),
+            7);
+}
+
+/// Lets the kernel grant this process no timer.
+void RefuseTimers() {
+  const rlimit none{.rlim_cur = 0, .rlim_max = 0};
+  ::setrlimit(RLIMIT_SIGPENDING, &none);
+}
+
+TEST(Console, StreamsThatNobodyReadsCostTheTextOnlyWhereThereIsNoTimer) {
+  EXPECT_EQ(InAChild([] {
+              RefuseTimers();
+              std::array<int, 2> ends{};
+              if (::pipe(ends.data()) != 0) return 99;
+              ::dup2(ends[1], STDERR_FILENO);
+              WriteToStandardError({std::string(300'000, 'x')});  // more than there is room for
+              const int err = FillStream(STDERR_FILENO);
+              for (int i = 0; i < 100; ++i) WriteToStandardError({"lost", "too"});
+              return TakeText(err).empty() ? 7 : 1;
+            }),
+            7);
+}
+
+TEST(Console, StreamsThatAreReadLateLoseNothingWhereThereIsNoTimer) {
+  EXPECT_EQ(InAChild([] {
+              RefuseTimers();
               const int err = FillStream(STDERR_FILENO);
               std::string got;
               std::thread reader([&] {
