@@ -1,5 +1,6 @@
 #include "base/log_socket.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -59,11 +60,10 @@ void CloseStream() noexcept {
 }
 
 bool OpenStream() noexcept {
-  const Patience patience;
-  const bool may_wait = patience.Left().count() > 0;
-  stream = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | (may_wait ? 0 : SOCK_NONBLOCK), 0);
+  stream = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (stream == kNone) return false;
-  if (may_wait) BoundWaiting(stream, patience);
+  const Patience patience;
+  if (!BoundWaiting(stream, patience)) ::fcntl(stream, F_SETFL, O_NONBLOCK);
   if (RetryInterrupted([] { return ::connect(stream, DaemonsAddress(), sizeof kDaemon); }) == 0) return true;
   CloseStream();
   return false;

@@ -193,6 +193,11 @@ ssize_t __wrap_sendto(int socket, const void* data, std::size_t size, int flags,
   return Fails("sendto") ? -1 : __real_sendto(socket, data, size, flags, to, length);
 }
 
+int __real_setsockopt(int socket, int level, int name, const void* value, socklen_t size);
+int __wrap_setsockopt(int socket, int level, int name, const void* value, socklen_t size) {
+  return Fails("setsockopt") ? -1 : __real_setsockopt(socket, level, name, value, size);
+}
+
 int __real_sodium_init();
 int __wrap_sodium_init() {
   return Fails("sodium_init") ? -1 : __real_sodium_init();

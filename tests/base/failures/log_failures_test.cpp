@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "base/file_descriptor.h"
 #include "base/log.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
@@ -48,6 +51,24 @@ TEST(LogFailures, LineThatCannotBeFormattedIsLostAndNothingElse) {
   const auto lines = inside.Log();
   ASSERT_EQ(lines.size(), 1U);
   EXPECT_EQ(lines[0].message, "kelpwifiupdater:2 found");
+}
+
+TEST(LogFailures, DaemonThatTakesNoConnectionIsNotWaitedForWhereTheWaitCannotBeBounded) {
+  lab::PrivateRoot device;
+  const lab::InRoot inside(device);
+  const testing_support::LogDaemon daemon(SOCK_STREAM);
+  std::vector<FileDescriptor> waiting;  // until there is no room for another
+  const sockaddr address{AF_UNIX, "/dev/log"};
+  do {
+    waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  } while (::connect(waiting.back().Get(), &address, sizeof address) == 0);
+  ASSERT_EQ(errno, EAGAIN);
+
+  testing_support::FailingCalls calls;
+  calls.Fail("setsockopt", ENOPROTOOPT);
+  ::alarm(30);  // it would wait for ever
+  Log(LOG_ERR, "%s:%d lost", 1);
+  ::alarm(0);
 }
 
 /// The one datagram of a line "text" at the given moment of UTC.
