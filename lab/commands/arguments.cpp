@@ -19,7 +19,7 @@ void RequireImage(const fs::path& image) {
 }
 
 fs::path ProgramToRun(const fs::path& named) {
-  const fs::path program =
+  fs::path program =
       named.empty() ? fs::read_symlink("/proc/self/exe").parent_path() / kProgramName : named;
   if (::access(program.c_str(), X_OK) != 0 || !fs::is_regular_file(program)) {
     throw std::runtime_error("there is no program " + program.native() +
