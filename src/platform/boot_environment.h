@@ -5,7 +5,7 @@
 ///
 /// A configuration counts as one that cannot be opened when it names a size below 6 bytes or above 16 MiB, or
 /// what is no storage: anything but a regular file, a block device and the character devices of raw flash (a
-/// major number of 90, or a name that begins with "/dev/ubi"). Nothing else is ever opened.
+/// major number of 90, or a name that begins with "/dev/ubi"), links followed. Nothing else is ever opened.
 ///
 /// Asked anew at every call. Takes the lock file "/var/lock/fw_printenv.lock", as every tool of the boot
 /// environment does, and leaves it there. A lock that another tool keeps, and a device that does not answer,

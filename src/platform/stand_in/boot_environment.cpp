@@ -46,12 +46,18 @@ struct Free {
   void operator()(char* text) const { std::free(text); }
 };
 
+/// By the name behind all links, as the library goes by it.
+bool IsVolume(const std::string& path) {
+  const std::unique_ptr<char, Free> name(::realpath(path.c_str(), nullptr));
+  return name != nullptr && std::string_view(name.get()).starts_with(kVolumes);
+}
+
 /// The library opens whatever it is pointed at: it would wait at a terminal or a FIFO, and opening a watchdog
 /// starts it. What is not there, or goes by a name that only the library knows, is its business.
 bool MayBeStorage(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) return true;
-  if (S_ISCHR(status.st_mode)) return major(status.st_rdev) == kRawFlash || path.starts_with(kVolumes);
+  if (S_ISCHR(status.st_mode)) return major(status.st_rdev) == kRawFlash || IsVolume(path);
   return S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
 }
 

@@ -131,6 +131,27 @@ TEST_F(BootEnvironmentDevices, VolumesOnRawFlashAreStorageWhateverTheirNumber) {
   EXPECT_EQ(calls.Made({"libuboot_initialize"}).size(), 1U);
 }
 
+TEST_F(BootEnvironmentDevices, LinksAreToldByWhatTheyLeadTo) {
+  lab::InstallBootEnvironment(device_, {}, "/dev/environment");
+  const lab::InRoot inside(device_);
+  ASSERT_EQ(::rename("/dev/environment", "/dev/ubi0_1"), 0);
+  ASSERT_EQ(::symlink("ubi0_1", "/dev/environment"), 0);
+  const testing_support::FailingCalls calls;
+  {
+    const Pretence pretence("/dev/environment", S_IFCHR, makedev(250, 2));
+    KELPUSBGetUSB3DisableUbootEnv();
+  }
+  EXPECT_EQ(calls.Made({"libuboot_initialize"}).size(), 1U);
+
+  ASSERT_EQ(::rename("/dev/ubi0_1", "/dev/ttyS0"), 0);
+  ASSERT_EQ(::unlink("/dev/environment"), 0);
+  ASSERT_EQ(::symlink("ttyS0", "/dev/ubi0_1"), 0);
+  ASSERT_EQ(::symlink("ubi0_1", "/dev/environment"), 0);
+  const Pretence pretence("/dev/environment", S_IFCHR, makedev(4, 64));
+  EXPECT_EQ(KELPUSBGetUSB3DisableUbootEnv(), -1);
+  EXPECT_EQ(calls.Made({"libuboot_initialize"}).size(), 1U);
+}
+
 TEST_F(BootEnvironmentDevices, OtherKindsAreNoStorage) {
   const lab::InRoot inside(device_);
   const testing_support::FailingCalls calls;
