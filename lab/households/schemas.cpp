@@ -7,7 +7,6 @@
 #include <stdexcept>
 
 namespace lab {
-namespace {
 
 const Json::Value& Schema(const std::string& document) {
   static std::map<std::string, Json::Value> parsed;
@@ -21,8 +20,6 @@ const Json::Value& Schema(const std::string& document) {
   }
   return place->second;
 }
-
-}  // namespace
 
 const Json::Value& Properties(const std::string& document, const std::string& object) {
   const Json::Value& schema = Schema(document);

@@ -10,6 +10,9 @@ namespace lab {
 /// The text of docs/schemas/<name>. Throws std::out_of_range for another name.
 std::string_view SchemaText(std::string_view name);
 
+/// The schema of a document ("radio"), whole. Throws std::out_of_range where there is none.
+const Json::Value& Schema(const std::string& document);
+
 /// What the schema of a document ("radio") says of one kind of object in it: its properties by their names,
 /// those of "radio" for "radio", of "feature" and "rotation" for "network", of the document itself for "".
 const Json::Value& Properties(const std::string& document, const std::string& object);

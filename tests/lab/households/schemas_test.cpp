@@ -6,8 +6,10 @@
 #include <boost/mp11/algorithm.hpp>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "lab/households/settings.h"
+#include "platform/json_serializer.h"
 #include "platform/records/feature_setting.h"
 #include "platform/records/global_data.h"
 #include "platform/records/guest_password_rotation.h"
@@ -59,25 +61,115 @@ TEST(Schemas, HaveTheMembersOfTheRecords) {
   EXPECT_EQ(NamesOf(lab::Properties("network", "network")), network);
 }
 
-TEST(Schemas, RequireEveryMemberAndHaveAWordForIt) {
-  const auto expect_words = [](const Json::Value& properties) {
-    for (const std::string& name : properties.getMemberNames()) {
-      const Json::Value& property = properties[name];
-      EXPECT_TRUE(property.isMember("title") || property.isMember("$ref")) << name;
-      for (const Json::Value& choice : property["oneOf"]) EXPECT_TRUE(choice.isMember("title")) << name;
-    }
-  };
-  for (const auto& [document, object] : {std::pair{"global", ""},
-                                         {"misc", ""},
-                                         {"misc", "profile"},
-                                         {"misc", "device"},
-                                         {"radio", "radio"},
-                                         {"wps", ""},
-                                         {"network", "network"},
-                                         {"network", "feature"},
-                                         {"network", "rotation"}}) {
-    expect_words(lab::Properties(document, object));
+const Json::Value& Resolved(const Json::Value& document, const Json::Value& schema) {
+  if (!schema.isMember("$ref")) return schema;
+  return document["$defs"][schema["$ref"].asString().substr(std::string("#/$defs/").size())];
+}
+
+std::string TypeOf(const Json::Value& value) {
+  if (value.isBool()) return "boolean";
+  if (value.isInt()) return "integer";
+  if (value.isString()) return "string";
+  return value.isArray() ? "array" : "object";
+}
+
+/// Holds the schema to what the serializer makes of a record: the same members of the same types, at any
+/// depth.
+void ExpectForm(const Json::Value& document, const Json::Value& schema, const Json::Value& value,
+                const std::string& place) {
+  ASSERT_EQ(schema["type"], TypeOf(value)) << place;
+  if (value.isArray()) {
+    ASSERT_FALSE(value.empty()) << place << ": nothing to compare with";
+    for (const Json::Value& entry : value)
+      ExpectForm(document, Resolved(document, schema["items"]), entry, place + "[]");
   }
+  if (!value.isObject()) return;
+  EXPECT_EQ(NamesOf(schema["properties"]), NamesOf(value)) << place;
+  for (const std::string& name : value.getMemberNames()) {
+    ExpectForm(document, Resolved(document, schema["properties"][name]), value[name], place + "." + name);
+  }
+}
+
+TEST(Schemas, HaveTheFormThatTheSerializerGivesRecords) {
+  const auto form = [](const char* name, const std::string& object, const Json::Value& value) {
+    const Json::Value& document = lab::Schema(name);
+    ExpectForm(document, object.empty() ? document : document["$defs"][object], value, name);
+  };
+  Daemon::GlobalData global;
+  MeshInfo mesh;
+  mesh.connectedModels = {Util::SupportedModel::LOTUS};
+  global.SetMeshInfo(mesh);
+  form("global", "", Util::JsonSerializer::Serialize(global));
+  Daemon::MiscSetting misc;
+  const MACFilterDevice device{"Tablet", Util::MACAddress("02:aa:00:00:00:01")};
+  misc.broadcastDetect.devices = {device};
+  misc.macFilterProfiles.resize(1);
+  misc.macFilterProfiles.front().devices = {device};
+  form("misc", "", Util::JsonSerializer::Serialize(misc));
+  form("radio", "radio", Util::JsonSerializer::Serialize(RadioSetting{}));
+  form("wps", "", Util::JsonSerializer::Serialize(WPSSetting{}));
+  NetworkSetting network;
+  network.allBands.guestPasswordRotation.mail_list = {"host@example.net"};
+  network.featureSettings = {network.allBands};
+  form("network", "network", Util::JsonSerializer::Serialize(network));
+}
+
+/// What holds for every schema in a document: words for each member and each number, no other member than
+/// the required ones, and an end to every number.
+void ExpectComplete(const Json::Value& schema, const std::string& place) {
+  if (schema.isMember("$ref")) return;  // its definition is looked at by itself
+  EXPECT_NE(lab::Title(schema), "") << place;
+  ASSERT_TRUE(schema["type"].isString()) << place;
+  const bool has_choices = schema.isMember("oneOf") || schema.isMember("enum");
+  if (schema["type"] == "integer" && !has_choices) {
+    EXPECT_TRUE(schema["minimum"].isInt() && schema["maximum"].isInt()) << place;
+  }
+  for (const char* choices : {"oneOf", "anyOf"}) {
+    for (const Json::Value& choice : schema[choices]) EXPECT_NE(lab::Title(choice), "") << place;
+  }
+  if (schema["type"] == "array") {
+    EXPECT_TRUE(schema.isMember("items")) << place;
+    if (schema["items"].isObject()) ExpectComplete(schema["items"], place + "[]");
+  }
+  if (schema["type"] != "object") return;
+  Names required;
+  for (const Json::Value& name : schema["required"])
+    EXPECT_TRUE(required.insert(name.asString()).second) << place;
+  EXPECT_EQ(required, NamesOf(schema["properties"])) << place;
+  EXPECT_EQ(schema["additionalProperties"], Json::Value(false)) << place;
+  for (const std::string& name : required) ExpectComplete(schema["properties"][name], place + "." + name);
+}
+
+TEST(Schemas, RequireEveryMemberAllowNoOtherAndHaveWordsForAll) {
+  for (const char* name : {"global", "misc", "radio", "wps", "network"}) {
+    const Json::Value& document = lab::Schema(name);
+    EXPECT_EQ(document["$schema"], "https://json-schema.org/draft/2020-12/schema") << name;
+    EXPECT_EQ(document["$id"], std::string(name) + ".schema.json");
+    EXPECT_NE(document["description"].asString(), "") << name;
+    ExpectComplete(document, name);
+    for (const std::string& object : document["$defs"].getMemberNames())
+      ExpectComplete(document["$defs"][object], object);
+  }
+}
+
+TEST(Schemas, NameEveryModelAndCountry) {
+  const Json::Value& global = lab::Properties("global", "");
+  const auto names_in = [](const Json::Value& property) {
+    std::vector<std::string> names;
+    for (const Json::Value& name : property["enum"]) names.push_back(name.asString());
+    return names;
+  };
+  const auto country = names_in(global["countryCodeSetting"]["properties"]["countryCode"]);
+  EXPECT_EQ(country.size(), 198U);
+  for (std::size_t i = 0; i < country.size(); ++i) {
+    Daemon::GlobalData data;
+    data.SetCountryCodeSetting({static_cast<CountryCode>(i)});
+    EXPECT_EQ(Util::JsonSerializer::Serialize(data)["countryCodeSetting"]["countryCode"], country.at(i));
+  }
+  EXPECT_EQ(names_in(global["meshInfo"]["properties"]["connectedModels"]["items"]),
+            (std::vector<std::string>{"Error", "ORCHID", "LOTUS", "MAPLE", "CEDAR"}));
+  EXPECT_EQ(names_in(global["defaultModel"]),
+            (std::vector<std::string>{"ORCHID", "LOTUS", "MAPLE", "CEDAR"}));
 }
 
 TEST(Schemas, SayTheSameOfANetworkAndOfItOnOneRadio) {
