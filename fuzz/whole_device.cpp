@@ -23,6 +23,7 @@
 #include "fuzz/support/plain_text.h"
 #include "fuzz/support/private_device.h"
 #include "lab/images/tree.h"
+#include "lab/runs/collected_documents.h"
 
 namespace {
 
@@ -278,7 +279,7 @@ void CheckSecondUpdate(const std::string& build_number, std::int32_t build, cons
   if (is_13) FUZZ_CHECK(again.error == kFailure + "some old config files are not existed.\n");
 }
 
-void CheckUpdate(const std::string& build_number) {
+Run CheckUpdate(const std::string& build_number) {
   const Run run = Update(build_number, lab::ReadTree("/"));
   CheckReport(run, build_number);
 
@@ -294,6 +295,7 @@ void CheckUpdate(const std::string& build_number) {
     CheckSuccess(run, files, *build);
     CheckSecondUpdate(build_number, *build, run.after);
   }
+  return run;
 }
 
 }  // namespace
@@ -313,9 +315,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   fuzz::Input input(data, size);
   const fuzz::DeviceText device = fuzz::ParseDeviceText(input.TakeRest());
 
-  const fuzz::PrivateDevice::Entered inside(Device());
-  fuzz::LayOut(device.items);
-  CheckUpdate(device.build_number);
-  fuzz::ClearDevice();
+  const auto check = [&] {
+    const fuzz::PrivateDevice::Entered inside(Device());
+    fuzz::LayOut(device.items);
+    const Run run = CheckUpdate(device.build_number);
+    fuzz::ClearDevice();
+    return run;
+  };
+  const Run run = check();
+  lab::CollectDocuments(run.before, run.after);
   return 0;
 }

@@ -12,6 +12,7 @@
 
 #include "lab/images/descriptor.h"
 #include "lab/images/private_root.h"
+#include "lab/runs/collected_documents.h"
 #include "lab/runs/program_run.h"
 #include "lab/sweeps/documents.h"
 
@@ -115,6 +116,7 @@ MigrationRun Migrate(const Device& device, const std::filesystem::path& program,
   for (const LogLine& line : result.log) {
     run.outcome.log.push_back(std::to_string(line.severity) + ": " + line.message);
   }
+  CollectDocuments(result.before, result.after);
   run.outcome.files = WithoutLabFiles(result.after);
   for (const auto& [path, entry] : result.after) {
     if (IsScratch(path)) run.scratch.emplace(path, entry);

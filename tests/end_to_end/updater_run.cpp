@@ -9,6 +9,7 @@
 #include <optional>
 #include <sstream>
 
+#include "lab/runs/collected_documents.h"
 #include "tests/support/log_lines.h"
 
 namespace end_to_end {
@@ -56,7 +57,9 @@ lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::strin
                           const lab::RunOptions& options) {
   lab::RunOptions on_machine = options;
   on_machine.machine = MachineUnderTest();
-  return lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine);
+  lab::RunResult run = lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine);
+  lab::CollectDocuments(run.before, run.after);
+  return run;
 }
 
 lab::RunResult UpdateFrom(lab::PrivateRoot& device, const std::string& build,

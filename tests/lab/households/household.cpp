@@ -2,6 +2,7 @@
 
 #include "lab/images/boot_environment.h"
 #include "lab/images/secret_seal.h"
+#include "lab/runs/collected_documents.h"
 
 namespace lab_test {
 namespace {
@@ -113,7 +114,9 @@ std::string Household::Sealed(std::string_view secret) const {
 }
 
 lab::RunResult Household::Update(const std::string& from) {
-  return lab::RunProgram(files_, KELP_PROGRAM, {"--update-config", from});
+  lab::RunResult run = lab::RunProgram(files_, KELP_PROGRAM, {"--update-config", from});
+  lab::CollectDocuments(run.before, run.after);
+  return run;
 }
 
 }  // namespace lab_test
