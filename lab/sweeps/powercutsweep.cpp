@@ -1,9 +1,12 @@
 // Cuts the power at every instant of a migration and looks what the device is left with, and what the program
 // makes of that when it runs again. First the gentle way, a kill before and after every system call; then by
 // a model of what a file system may show after a power cut. Then asks of every flush what it is good for.
+// Or, on each state of that model, lets the script run by which a firmware calls the program at the next
+// boot.
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -12,6 +15,7 @@
 #include "lab/images/namespaces.h"
 #include "lab/sweeps/choices.h"
 #include "lab/sweeps/earlier_run.h"
+#include "lab/sweeps/next_boot.h"
 #include "lab/sweeps/outcome_text.h"
 #include "lab/sweeps/power_cut_rules.h"
 #include "lab/sweeps/sample.h"
@@ -26,6 +30,7 @@ struct Request {
   Subject subject;
   bool old_documents = false;
   std::string program;  // the one beside the sweep where it is empty
+  std::string then;     // the script of the next boot; empty for the bare program
   bool after_interrupted_run = false;
   std::size_t endings = 0;  // 0: all
   ChoiceLimits limits;
@@ -51,15 +56,17 @@ class Sweep {
         undisturbed_(Migrate(device_, programs_.migration).outcome),
         calls_(RecordMigration(device_, programs_)),
         operations_(ExtractFileOperations(calls_)),
-        rules_(device_, undisturbed_, operations_) {}
+        rules_(device_, undisturbed_, operations_) {
+    if (!request_.then.empty()) next_boot_.emplace(request_.then, device_, programs_, undisturbed_);
+  }
 
   bool Run() {
     std::printf("%s --from %d%s: %zu system calls from main on, %zu of them change files\n",
                 request_.subject.image.c_str(), request_.subject.build_number, OptionsOf(request_).c_str(),
                 calls_.size() - FirstCallOfMain(calls_), operations_.size());
-    KillEverywhere();
+    if (!next_boot_) KillEverywhere();
     CutPowerEverywhere();
-    QuestionFlushes();
+    if (!next_boot_) QuestionFlushes();
     std::printf("%zu failed\n", failed_);
     return failed_ == 0;
   }
@@ -72,6 +79,7 @@ class Sweep {
 
   /// Lets the program run again on a device that was left so, and gives what is wrong with that.
   std::string RunAgain(const Tree& state) const {
+    if (next_boot_) return next_boot_->FindWrong(state).value_or("");
     const Device left{state, device_.build_number};
     return rules_.FindWrongRun(state, Migrate(left, programs_.migration).outcome).value_or("");
   }
@@ -170,8 +178,8 @@ class Sweep {
     }
     std::printf(
         "power cut after each of %zu file operations: %zu states, %zu different ones checked, "
-        "the program run again on each\n",
-        operations_.size(), visited, states.size());
+        "%s run again on each\n",
+        operations_.size(), visited, states.size(), next_boot_ ? request_.then.c_str() : "the program");
   }
 
   /// What can go wrong without the flush at `place`; empty when nothing can.
@@ -213,6 +221,7 @@ class Sweep {
   std::vector<SystemCall> calls_;
   std::vector<FileOperation> operations_;
   PowerCutRules rules_;
+  std::optional<NextBoot> next_boot_;
   std::size_t failed_ = 0;
 };
 
@@ -225,6 +234,9 @@ int SweepAsAsked(int argument_count, char* arguments[]) {
   app.add_option("--sample", request.limits.sample, "of more, so many are");
   app.add_option("--seed", request.limits.seed, "what the sample is drawn with");
   app.add_option("--program", request.program, "the program, if not the one beside the sweep");
+  app.add_option("--then", request.then,
+                 "on each state this script of the next boot runs, not the bare program")
+      ->check(CLI::ExistingFile);
   app.add_option("--endings", request.endings, "kill the program, or end it by a signal, only so many times");
   app.add_flag("--old-documents", request.old_documents, "begin with documents of an earlier time in place");
   app.add_flag(
