@@ -5,6 +5,7 @@
 # locks; apt waits for the one of dpkg only, and not for that of the package lists.
 apt_quietly() {
   local give_up=$((SECONDS + 300)) told=0
+  # shellcheck disable=SC2154  # the caller sets "work"
   until apt-get -qq -o DPkg::Lock::Timeout=10 -o Acquire::Retries=2 "$@" >"$work/log" 2>&1 </dev/null; do
     if ! grep -qE 'Could not get lock|Unable to (lock|acquire)' "$work/log" || [ $SECONDS -ge $give_up ]; then
       tail -n 15 -- "$work/log" >&2

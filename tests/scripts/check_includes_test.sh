@@ -23,7 +23,7 @@ look() {
 
 fine() {
   look "$@"
-  [ "$status" = 0 ] && [ -z "$said" ] || {
+  [[ $status == 0 && -z $said ]] || {
     printf 'should be fine: %s\n%s\n' "$*" "$said"
     failed=1
   }
@@ -34,7 +34,7 @@ breaks() {
   local reason=$1
   shift
   look "$@"
-  [ "$status" != 0 ] && [ "$said" = "$1:2: #include $2: $reason" ] || {
+  [[ $status != 0 && $said == "$1:2: #include $2: $reason" ]] || {
     printf 'should break the rule "%s": %s\n%s (status %s)\n' "$reason" "$*" "$said" "$status"
     failed=1
   }
