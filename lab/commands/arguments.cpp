@@ -19,8 +19,13 @@ void RequireImage(const fs::path& image) {
 }
 
 fs::path ProgramToRun(const fs::path& named) {
-  fs::path program =
-      named.empty() ? fs::read_symlink("/proc/self/exe").parent_path() / kProgramName : named;
+  fs::path program = named;
+  if (named.empty()) {
+    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path();
+    const fs::path installed = folder.parent_path() / "sbin" / kProgramName;
+    program = folder / kProgramName;
+    if (!fs::exists(program) && fs::exists(installed)) program = installed;
+  }
   if (::access(program.c_str(), X_OK) != 0 || !fs::is_regular_file(program)) {
     throw std::runtime_error("there is no program " + program.native() +
                              ": build it, or name another with --program");

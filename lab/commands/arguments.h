@@ -12,7 +12,8 @@ inline constexpr const char* kProgramName = "kelpwifiupdater";
 /// Requires a folder with a device's files in it.
 void RequireImage(const std::filesystem::path& image);
 
-/// The program to run: the one named, or where none is named the one beside devicelab.
+/// The program to run: the one named, or where none is named the one beside devicelab, or in the sbin folder
+/// beside its own, as they are installed.
 std::filesystem::path ProgramToRun(const std::filesystem::path& named);
 
 /// Makes this process one that may run programs on devices.
