@@ -77,7 +77,7 @@ std::string TypeOf(const Json::Value& value) {
 /// depth.
 void ExpectForm(const Json::Value& document, const Json::Value& schema, const Json::Value& value,
                 const std::string& place) {
-  ASSERT_EQ(schema["type"], TypeOf(value)) << place;
+  ASSERT_EQ(schema["type"].asString(), TypeOf(value)) << place;
   if (value.isArray()) {
     ASSERT_FALSE(value.empty()) << place << ": nothing to compare with";
     for (const Json::Value& entry : value)
@@ -136,7 +136,7 @@ void ExpectComplete(const Json::Value& schema, const std::string& place) {
   for (const Json::Value& name : schema["required"])
     EXPECT_TRUE(required.insert(name.asString()).second) << place;
   EXPECT_EQ(required, NamesOf(schema["properties"])) << place;
-  EXPECT_EQ(schema["additionalProperties"], Json::Value(false)) << place;
+  EXPECT_TRUE(schema["additionalProperties"].isBool() && !schema["additionalProperties"].asBool()) << place;
   for (const std::string& name : required) ExpectComplete(schema["properties"][name], place + "." + name);
 }
 
