@@ -102,8 +102,10 @@ PrivateRoot::PrivateRoot(const std::filesystem::path& image) : PrivateRoot(Bare{
   ProvideUsualDirectories();
 }
 
+PrivateRoot::PrivateRoot(Descriptor folder) : directory_(std::move(folder)) {}
+
 PrivateRoot::~PrivateRoot() {
-  if (!directory_.IsOpen()) return;
+  if (!directory_.IsOpen() || path_.empty()) return;
   try {
     ::chmod(path_.c_str(), S_IRWXU);
     RemoveEntries(directory_.Get(), path_.native());

@@ -26,6 +26,9 @@ class PrivateRoot {
   /// A copy of the device image, modes and links included, with the folders above where the image lacks them.
   /// The image is only read.
   explicit PrivateRoot(const std::filesystem::path& image);
+  /// What the open folder holds as a device. The folder is the caller's, who also removes it; such a root has
+  /// no path.
+  explicit PrivateRoot(Descriptor folder);
   PrivateRoot(PrivateRoot&& other) noexcept = default;
   PrivateRoot& operator=(PrivateRoot&&) = delete;
   PrivateRoot(const PrivateRoot&) = delete;
@@ -66,12 +69,15 @@ class PrivateRoot {
   void ProvideLink(const std::string& device_path, const std::string& target);
   /// Counts what stands at the path now as provided.
   void MarkProvided(const std::string& device_path);
+  /// Provides the folders that PrivateRoot() makes.
+  void ProvideUsualDirectories();
+  /// What was provided, as it was made.
+  const Tree& Provided() const { return provided_; }
 
  private:
   struct Bare {};
   explicit PrivateRoot(Bare);
   void ProvideParents(const std::string& device_path);
-  void ProvideUsualDirectories();
 
   std::filesystem::path path_;
   Descriptor directory_;

@@ -20,6 +20,12 @@ constexpr const char* kDirectory = "/dev";
 constexpr const char* kName = "log";
 constexpr std::string_view kPath = "/dev/log";
 
+/// More than can wait in the socket, so that all of it is taken; yet a sender that never stops is no reason
+/// not to return.
+constexpr int kTakenAtOnce = 4096;
+
+constexpr std::size_t kKept = std::size_t{16} << 20;
+
 /// "<11>" at the start of `rest`, and takes it off. Zero, with nothing taken, where there is none.
 int TakePriority(std::string_view& rest) {
   const std::size_t end = rest.find('>');
@@ -107,12 +113,14 @@ LogCollector::~LogCollector() {
 }
 
 void LogCollector::Drain() {
-  while (true) {
+  for (int taken = 0; taken < kTakenAtOnce; ++taken) {
     const ssize_t size = ::recv(socket_.Get(), nullptr, 0, MSG_PEEK | MSG_TRUNC);
     if (size < 0 && errno == EINTR) continue;
     if (size < 0 && errno == EAGAIN) return;
     std::string datagram(static_cast<std::size_t>(Checked(size, "receive from", kPath)), '\0');
     Checked(::recv(socket_.Get(), datagram.data(), datagram.size(), 0), "receive from", kPath);
+    if (kept_bytes_ + datagram.size() > kKept) continue;
+    kept_bytes_ += datagram.size();
     datagrams_.push_back(std::move(datagram));
   }
 }
@@ -136,6 +144,7 @@ std::vector<LogLine> LogCollector::Take() {
   lines.reserve(datagrams_.size());
   for (const std::string& datagram : datagrams_) lines.push_back(ParseLogLine(datagram));
   datagrams_.clear();
+  kept_bytes_ = 0;
   return lines;
 }
 

@@ -36,7 +36,7 @@ LogLine ParseLogLine(std::string_view datagram);
 
 /// The system log of a private root: a socket at its /dev/log. A sender of syslog(3) blocks while ten
 /// datagrams wait unread, so whoever owns a collector drains it while the sender runs. The root must stay
-/// where it is for as long.
+/// where it is for as long. Of what a sender gone wild sends it keeps the first 16 MiB.
 class LogCollector {
  public:
   explicit LogCollector(PrivateRoot& root);
@@ -57,6 +57,7 @@ class LogCollector {
   Descriptor directory_;
   Descriptor socket_;
   std::vector<std::string> datagrams_;
+  std::size_t kept_bytes_ = 0;
 };
 
 }  // namespace lab

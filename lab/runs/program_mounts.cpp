@@ -115,4 +115,20 @@ Descriptor MountTmpfs(int root, const std::string& device_path, std::uintmax_t s
   return tmpfs;
 }
 
+Descriptor MountTmpfsOver(const std::string& host_path, std::uintmax_t size) {
+  Descriptor tmpfs = MakeTmpfs(size, 0755);
+  Checked(::move_mount(tmpfs.Get(), "", AT_FDCWD, host_path.c_str(), MOVE_MOUNT_F_EMPTY_PATH), "mount at",
+          host_path);
+  return tmpfs;
+}
+
+Descriptor WithoutMounts(const Descriptor& folder) {
+  constexpr unsigned kFlags = OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_EMPTY_PATH;
+  return Descriptor(Checked(::open_tree(folder.Get(), "", kFlags), "open", "a file system"));
+}
+
+void Unmount(const std::string& host_path) {
+  Checked(::umount2(host_path.c_str(), MNT_DETACH), "unmount", host_path);
+}
+
 }  // namespace lab

@@ -39,4 +39,14 @@ void MountProc(int root);
 /// system's root, which outlives the mount.
 Descriptor MountTmpfs(int root, const std::string& device_path, std::uintmax_t size);
 
+/// Mounts an own file system of at most `size` bytes over a folder of this process's mount namespace. Gives
+/// its root.
+Descriptor MountTmpfsOver(const std::string& host_path, std::uintmax_t size);
+
+/// The file system whose root is open as `folder`, without what is or will be mounted in it.
+Descriptor WithoutMounts(const Descriptor& folder);
+
+/// Undoes a mount in this process's mount namespace, with all that is mounted in it.
+void Unmount(const std::string& host_path);
+
 }  // namespace lab

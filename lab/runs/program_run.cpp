@@ -1,85 +1,23 @@
 #include "lab/runs/program_run.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <optional>
 
 #include "lab/images/descriptor.h"
 #include "lab/images/file_copy.h"
 #include "lab/runs/program_mounts.h"
+#include "lab/runs/program_output.h"
 #include "lab/runs/program_start.h"
 
 namespace lab {
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-/// Writes into a pipe until it takes no more.
-void Fill(const Descriptor& pipe) {
-  const std::array<char, PIPE_BUF> piece{};
-  Checked(::fcntl(pipe.Get(), F_SETFL, O_NONBLOCK), "arrange", "a pipe");
-  while (::write(pipe.Get(), piece.data(), piece.size()) > 0) {
-  }
-  Checked(::fcntl(pipe.Get(), F_SETFL, 0), "arrange", "a pipe");
-}
-
-/// A stream of the program's that is kept as text.
-class Output {
- public:
-  explicit Output(Console console) {
-    std::array<int, 2> ends{};
-    Checked(::pipe2(ends.data(), O_CLOEXEC), "make", "a pipe");
-    Descriptor reading(ends[0]);
-    writing_ = AboveStandardStreams(Descriptor(ends[1]));
-    if (console == Console::Full) {
-      Fill(writing_);
-      unread_ = std::move(reading);
-    } else if (console != Console::Broken) {
-      reading_ = std::move(reading);
-      Checked(::fcntl(reading_.Get(), F_SETFL, O_NONBLOCK), "arrange", "a pipe");
-    }
-  }
-
-  int WritingEnd() const { return writing_.Get(); }
-  void CloseWritingEnd() { writing_.Close(); }
-  /// -1 once nothing more can come, and where nobody reads.
-  int ReadingEnd() const { return reading_.Get(); }
-
-  /// Takes in all that waits, without blocking.
-  void Drain() {
-    std::array<char, 64 * 1024> piece;  // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
-    while (reading_.IsOpen()) {
-      const ssize_t taken = ::read(reading_.Get(), piece.data(), piece.size());
-      if (taken > 0) {
-        text_.append(piece.data(), static_cast<std::size_t>(taken));
-      } else if (taken == 0) {
-        reading_.Close();
-      } else if (errno == EAGAIN) {
-        return;
-      } else if (errno != EINTR) {
-        ThrowErrno("read", "what the program prints");
-      }
-    }
-  }
-
-  std::string Take() { return std::move(text_); }
-
- private:
-  Descriptor reading_;
-  Descriptor unread_;  // held open
-  Descriptor writing_;
-  std::string text_;
-};
 
 /// A child process and its process group. Both end with the object, if not before.
 class Child {
@@ -107,23 +45,6 @@ class Child {
  private:
   pid_t pid_;
 };
-
-/// Drains all that the program sends until it ends or the deadline passes. Gives whether it ended.
-bool DrainUntilEnd(const Descriptor& process, Output& out, Output& err, LogCollector* log,
-                   Clock::time_point deadline) {
-  while (true) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) return false;
-    std::array<pollfd, 4> sources{pollfd{process.Get(), POLLIN, 0}, pollfd{out.ReadingEnd(), POLLIN, 0},
-                                  pollfd{err.ReadingEnd(), POLLIN, 0},
-                                  pollfd{log != nullptr ? log->Socket() : -1, POLLIN, 0}};
-    ::poll(sources.data(), sources.size(), static_cast<int>(std::min<std::int64_t>(left, INT_MAX)));
-    if (sources[0].revents != 0) return true;
-    out.Drain();
-    err.Drain();
-    if (log != nullptr) log->Drain();
-  }
-}
 
 /// Puts what an own file system holds into the folder at which it was mounted.
 void KeepFileSystem(const PrivateRoot& root, const std::string& device_path, const Descriptor& file_system) {
@@ -171,8 +92,8 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
     if (log && options.stuck_log) log->Fill();
     const Descriptor empty = AboveStandardStreams(
         Descriptor(Checked(::open("/dev/null", O_RDONLY | O_CLOEXEC), "open", "/dev/null")));
-    Output out(options.console);
-    Output err(options.console);
+    ProgramOutput out(options.console);
+    ProgramOutput err(options.console);
     StartReport report;
 
     const pid_t starter = ::getpid();
@@ -189,7 +110,8 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
     const auto file_systems = AwaitStart(report.waiting);
 
     LogCollector* const drained = log && !options.stuck_log ? &*log : nullptr;
-    result.timed_out = !DrainUntilEnd(process, out, err, drained, Clock::now() + options.timeout);
+    result.timed_out =
+        !DrainUntilEnd(process, out, err, drained, std::chrono::steady_clock::now() + options.timeout);
     const int status = child.End();
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;

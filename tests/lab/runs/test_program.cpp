@@ -60,6 +60,26 @@ int LeaveBehind(const Arguments& /*unused*/) {
   return 0;
 }
 
+/// Leaves a process behind that is in no group, no session and no parent's care.
+int LeaveDaemon(const Arguments& /*unused*/) {
+  if (fork() == 0) {
+    setsid();
+    if (fork() == 0) Sleep({});
+    _exit(0);
+  }
+  usleep(10'000);
+  return 0;
+}
+
+/// Prints and logs without end.
+int SayForever(const Arguments& /*unused*/) {
+  const std::string block(64 * 1024, 'o');
+  while (true) {
+    static_cast<void>(write(STDOUT_FILENO, block.data(), block.size()) > 0);
+    syslog(LOG_ERR, "%s", block.c_str());
+  }
+}
+
 int Log(const Arguments& arguments) {
   syslog(std::stoi(arguments.at(0)), "%s", arguments.at(1).c_str());
   return 0;
@@ -161,6 +181,8 @@ const std::map<std::string, std::function<int(const Arguments&)>> kCommands{
     {"kill", Kill},
     {"sleep", Sleep},
     {"leave-behind", LeaveBehind},
+    {"leave-daemon", LeaveDaemon},
+    {"say-forever", SayForever},
     {"log", Log},
     {"log-long", LogLong},
     {"read", Read},
