@@ -13,6 +13,10 @@ using Actions = std::map<const CLI::App*, std::function<int()>>;
 
 void AddRun(CLI::App& app, Actions& actions);
 void AddExplain(CLI::App& app, Actions& actions);
+void AddFleet(CLI::App& app, Actions& actions);
+void AddSummary(CLI::App& app, Actions& actions);
+void AddCompare(CLI::App& app, Actions& actions);
+void AddNew(CLI::App& app, Actions& actions);
 void AddShow(CLI::App& app, Actions& actions);
 void AddDescribe(CLI::App& app, Actions& actions);
 void AddSeal(CLI::App& app, Actions& actions);

@@ -33,6 +33,10 @@ int RunCommand(int argument_count, char* arguments[]) {
   lab::commands::Actions actions;
   lab::commands::AddRun(app, actions);
   lab::commands::AddExplain(app, actions);
+  lab::commands::AddFleet(app, actions);
+  lab::commands::AddSummary(app, actions);
+  lab::commands::AddCompare(app, actions);
+  lab::commands::AddNew(app, actions);
   lab::commands::AddShow(app, actions);
   lab::commands::AddDescribe(app, actions);
   lab::commands::AddSeal(app, actions);

@@ -72,6 +72,11 @@ std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t
   return BytesOf(Crc32(data), order) + static_cast<char>(flag) + data;
 }
 
+bool HasBootEnvironmentSum(std::string_view environment, std::size_t header, std::endian order) {
+  return environment.size() >= header &&
+         environment.substr(0, kSumSize) == BytesOf(Crc32(environment.substr(header)), order);
+}
+
 std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t offset, std::size_t size) {
   std::array<char, 64> numbers{};
   std::snprintf(numbers.data(), numbers.size(), " 0x%zx 0x%zx\n", offset, size);

@@ -24,6 +24,10 @@ std::string BootEnvironment(const BootVariables& variables, std::size_t size, un
 std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t size, std::uint8_t flag,
                                      unsigned char padding = 0xFF, std::endian order = std::endian::native);
 
+/// Whether `environment`, whose sum is followed by the flag of a redundant one where `header` is 5 and by
+/// nothing else where it is 4, has the sum that belongs to it in that byte order.
+bool HasBootEnvironmentSum(std::string_view environment, std::size_t header, std::endian order);
+
 /// The line of /etc/fw_env.config for one copy. A redundant environment has two lines.
 std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t offset, std::size_t size);
 

@@ -13,18 +13,13 @@
 #include <vector>
 
 #include "lab/households/legacy_text.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/reports/masks.h"
 
 namespace lab {
 namespace {
 
-constexpr const char* kMask = "********";
-
 /// Texts that are shorter would be found in every other word.
 constexpr std::size_t kShortestSought = 4;
-
-constexpr int kCannotDecode = 575;
-constexpr int kCannotOpen = 589;
 
 /// Addresses that stand for no device.
 constexpr const char* kAllBandsAddress = "00:00:00:00:00:00";
@@ -218,13 +213,7 @@ std::string Discretion::Text(std::string_view text) const {
 }
 
 std::string Discretion::LogText(const NumberedLine& line) const {
-  const MessageKind* const kind = FindMessageKind(line.number);
-  const bool holds_stored_text = line.number == kCannotDecode || line.number == kCannotOpen;
-  if (kind == nullptr || !holds_stored_text || choice_.show_secrets) return Text(line.text);
-  std::string text(kind->format);
-  const std::string argument = MessageArgument(*kind, line.text);
-  ReplaceAll(text, "%s", argument.empty() ? "" : kMask);
-  return text;
+  return Text(choice_.show_secrets ? line.text : MaskedLogText(line));
 }
 
 std::string Discretion::LogLineText(const LogLine& line) const {

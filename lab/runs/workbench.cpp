@@ -133,7 +133,8 @@ std::size_t RemoveAllBut(const Tree& fittings, int folder, const std::string& fo
 }  // namespace
 
 Workbench::Workbench(const std::filesystem::path& program, std::uintmax_t size, Fittings fittings)
-    : program_(std::filesystem::absolute(program)),
+    : order_(fittings),
+      program_(std::filesystem::absolute(program)),
       program_in_root_("/usr/sbin/" + program.filename().native()),
       outer_root_(Checked(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC), "open", "/")),
       empty_(AboveStandardStreams(
@@ -187,6 +188,8 @@ RunResult Workbench::Run(const std::vector<std::string>& arguments, std::chrono:
 }
 
 bool Workbench::Clear() {
+  // A mount may stand in a folder of the device's own, which could not be removed.
+  if (order_ == Fittings::Last) return false;
   return RemoveAllBut(fittings_, device_->Directory(), "") == fittings_.size();
 }
 

@@ -46,6 +46,7 @@ class Workbench {
  private:
   void Fit();
 
+  Fittings order_;
   std::filesystem::path program_;
   std::string program_in_root_;
   Descriptor outer_root_;

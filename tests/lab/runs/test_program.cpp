@@ -162,6 +162,13 @@ int OpenStreams(const Arguments& arguments) {
 /// Behaves like an updater.
 int Update(const Arguments& arguments) {
   if (arguments.at(0) == "crash") return Kill({std::to_string(SIGSEGV)});
+  if (arguments.at(0).starts_with("hang")) return Sleep({});
+  if (arguments.at(0).starts_with("fork")) {
+    while (true) {
+      if (fork() == 0) setsid();
+      usleep(100'000);
+    }
+  }
   syslog(LOG_WARNING, "updating from %s", arguments.at(0).c_str());
   if (arguments.at(0) == "wait") return Sleep({});
   if (arguments.at(0) == "much") return SayMuch({"300"});

@@ -1,0 +1,74 @@
+#include "lab/fleets/compare.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+#include "lab/commands/arguments.h"
+#include "lab/commands/command.h"
+#include "lab/commands/fleet_arguments.h"
+#include "lab/reports/report.h"
+
+namespace lab::commands {
+namespace {
+
+struct Request {
+  FleetArguments fleet;
+  std::filesystem::path old_program;
+  std::filesystem::path new_program;
+  bool as_json = false;
+};
+
+void Print(const fleets::ComparedDevice& device) {
+  const auto side = [](const std::string& text) {
+    return text.empty() ? std::string("(none)") : Printable(text);
+  };
+  std::cout << Printable(device.image) << " from " << Printable(device.from) << '\n';
+  for (const fleets::Difference& difference : device.differences) {
+    std::cout << "    " << Printable(difference.what) << ": " << side(difference.was) << " -> "
+              << side(difference.now) << '\n';
+  }
+}
+
+int Run(const Request& request) {
+  const std::filesystem::path old_program = ProgramToRun(request.old_program);
+  const std::filesystem::path new_program = ProgramToRun(request.new_program);
+  BecomeRunner();
+  std::size_t devices = 0;
+  std::size_t different = 0;
+  const auto tell = [&](const fleets::ComparedDevice& device) {
+    ++devices;
+    if (device.differences.empty()) return;
+    ++different;
+    if (request.as_json) {
+      std::cout << fleets::ComparedLine(device) << '\n';
+    } else {
+      Print(device);
+    }
+  };
+  const bool is_whole =
+      fleets::CompareFleet(ToFleetOptions(request.fleet), old_program, new_program, tell, std::cerr);
+  if (!request.as_json) {
+    std::cout << different << " of " << devices << " devices differ\n";
+  }
+  if (!is_whole) return kNotDone;
+  return different > 0 ? 1 : 0;
+}
+
+}  // namespace
+
+void AddCompare(CLI::App& app, Actions& actions) {
+  CLI::App* const compare = app.add_subcommand(
+      "compare",
+      "Run two versions of the program on the same devices and tell what differs, setting by setting; "
+      "exit status 1 where anything does");
+  const auto request = std::make_shared<Request>();
+  AddFleetArguments(*compare, request->fleet);
+  compare->add_option("--old", request->old_program, "The program as it was")->required();
+  compare->add_option("--new", request->new_program, "The program as it is to be")->required();
+  compare->add_flag("--json", request->as_json, "Print a JSON object on a line for each device that differs");
+  actions[compare] = [request] { return StatusOf([&] { return Run(*request); }); };
+}
+
+}  // namespace lab::commands

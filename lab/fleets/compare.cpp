@@ -1,0 +1,231 @@
+#include "lab/fleets/compare.h"
+
+#include <json/json.h>
+
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <set>
+
+#include "lab/fleets/json_text.h"
+#include "lab/fleets/pool.h"
+#include "lab/reports/discretion.h"
+#include "lab/reports/masks.h"
+
+namespace lab::fleets {
+namespace {
+
+constexpr std::string_view kWifiFolder = "/usr/kelp/etc/wifi/";
+
+std::optional<Json::Value> ParseDocument(const std::string& text) {
+  Json::CharReaderBuilder builder;
+  Json::CharReaderBuilder::strictMode(&builder.settings_);
+  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+  Json::Value value;
+  try {
+    if (reader->parse(text.data(), text.data() + text.size(), &value, nullptr)) return value;
+  } catch (const Json::Exception&) {
+    // nested too deep
+  }
+  return std::nullopt;
+}
+
+std::string ValueText(const Json::Value& value, const std::string& member) {
+  if (value.isString())
+    return JsonText(IsSecretKey(member) && !value.asString().empty() ? kMask : value.asString());
+  if (value.isObject() || value.isArray()) return value.isObject() ? "{...}" : "[...]";
+  Json::StreamWriterBuilder writer;
+  writer["indentation"] = "";
+  return Json::writeString(writer, value);
+}
+
+class Comparison {
+ public:
+  std::vector<Difference> Take() { return std::move(differences_); }
+
+  void Texts(const std::string& what, const std::string& was, const std::string& now) {
+    if (was != now) differences_.push_back({what, was, now});
+  }
+
+  void Documents(const std::string& name, const std::string& was, const std::string& now) {
+    const auto was_document = ParseDocument(was);
+    const auto now_document = ParseDocument(now);
+    if (was_document && now_document) {
+      Values(name, "", *was_document, *now_document);
+    } else if (was != now) {
+      differences_.push_back({name, was_document ? "JSON" : "no JSON", now_document ? "JSON" : "no JSON"});
+    }
+  }
+
+ private:
+  void Values(const std::string& path, const std::string& member, const Json::Value& was,
+              const Json::Value& now) {
+    if (was.isObject() && now.isObject()) {
+      Members(path, was, now);
+    } else if (was.isArray() && now.isArray()) {
+      Elements(path, was, now);
+    } else if (was != now) {
+      differences_.push_back({path, ValueText(was, member), ValueText(now, member)});
+    }
+  }
+
+  void Members(const std::string& path, const Json::Value& was, const Json::Value& now) {
+    std::set<std::string> names;
+    for (const Json::Value* value : {&was, &now}) {
+      for (std::string& name : value->getMemberNames()) names.insert(std::move(name));
+    }
+    for (const std::string& name : names) {
+      const std::string member_path = path + "." + name;
+      if (was.isMember(name) && now.isMember(name)) {
+        Values(member_path, name, was[name], now[name]);
+      } else {
+        differences_.push_back({member_path, was.isMember(name) ? ValueText(was[name], name) : "",
+                                now.isMember(name) ? ValueText(now[name], name) : ""});
+      }
+    }
+  }
+
+  void Elements(const std::string& path, const Json::Value& was, const Json::Value& now) {
+    for (Json::ArrayIndex i = 0; i < std::max(was.size(), now.size()); ++i) {
+      const std::string element_path = path + "[" + std::to_string(i) + "]";
+      if (i < was.size() && i < now.size()) {
+        Values(element_path, "", was[i], now[i]);
+      } else {
+        differences_.push_back({element_path, i < was.size() ? ValueText(was[i], "") : "",
+                                i < now.size() ? ValueText(now[i], "") : ""});
+      }
+    }
+  }
+
+  std::vector<Difference> differences_;
+};
+
+std::string LogText(const Record& record) {
+  std::string json = "[";
+  for (const NumberedLine& line : record.log) {
+    json += (json.size() > 1 ? "," : "") +
+            JsonText(std::to_string(line.number) + " <" + std::to_string(line.severity) + "> " + line.text);
+  }
+  return json + "]";
+}
+
+std::string EndText(const Record& record) {
+  std::string text(OutcomeName(record.outcome));
+  if (record.status) text += ", status " + std::to_string(*record.status);
+  if (record.signal) text += ", signal " + std::to_string(*record.signal);
+  return JsonText(text);
+}
+
+/// How an entry that is no document looks from outside.
+std::string EntryText(const Entry* entry) {
+  if (entry == nullptr) return "";
+  static constexpr std::string_view kKinds[] = {"file", "folder", "link", "other"};
+  return JsonText(std::string(kKinds[static_cast<std::size_t>(entry->kind)]) + " of " +
+                  std::to_string(entry->content.size()) + " bytes, mode " + std::to_string(entry->mode));
+}
+
+const Entry* Find(const Tree& tree, const std::string& path) {
+  const auto found = tree.find(path);
+  return found == tree.end() ? nullptr : &found->second;
+}
+
+bool IsDocument(const std::string& path) {
+  return path.starts_with(kWifiFolder) && path.find(".json") != std::string::npos;
+}
+
+void CompareFiles(Comparison& comparison, const Tree& was, const Tree& now) {
+  std::set<std::string> paths;
+  for (const Tree* tree : {&was, &now}) {
+    for (const auto& [path, entry] : *tree) paths.insert(path);
+  }
+  for (const std::string& path : paths) {
+    const Entry* const old_entry = Find(was, path);
+    const Entry* const new_entry = Find(now, path);
+    if (old_entry != nullptr && new_entry != nullptr && *old_entry == *new_entry) continue;
+    const bool are_both = old_entry != nullptr && new_entry != nullptr;
+    if (are_both && IsDocument(path)) {
+      comparison.Documents(path.substr(kWifiFolder.size()), old_entry->content, new_entry->content);
+      if (old_entry->mode == new_entry->mode && old_entry->kind == new_entry->kind) continue;
+    }
+    std::string old_text = EntryText(old_entry);
+    std::string new_text = EntryText(new_entry);
+    if (are_both && old_text == new_text) new_text.insert(new_text.size() - 1, ", other content");
+    comparison.Texts(path, old_text, new_text);
+  }
+}
+
+Message PackDevice(const ComparedDevice& device) {
+  Message message{device.image, device.from};
+  for (const Difference& difference : device.differences) {
+    message.insert(message.end(), {difference.what, difference.was, difference.now});
+  }
+  return message;
+}
+
+ComparedDevice UnpackDevice(const Message& message) {
+  ComparedDevice device{message.at(0), message.at(1), {}};
+  for (std::size_t i = 2; i + 2 < message.size(); i += 3) {
+    device.differences.push_back({message[i], message[i + 1], message[i + 2]});
+  }
+  return device;
+}
+
+}  // namespace
+
+std::vector<Difference> Compare(const Record& old_record, const RunResult& old_run, const Record& new_record,
+                                const RunResult& new_run) {
+  Comparison comparison;
+  comparison.Texts("outcome", EndText(old_record), EndText(new_record));
+  comparison.Texts("error", JsonText(old_record.error), JsonText(new_record.error));
+  comparison.Texts("log", LogText(old_record), LogText(new_record));
+  CompareFiles(comparison, old_run.after, new_run.after);
+  return comparison.Take();
+}
+
+bool CompareFleet(const FleetOptions& options, const std::filesystem::path& old_program,
+                  const std::filesystem::path& new_program,
+                  const std::function<void(const ComparedDevice&)>& tell, std::ostream& messages) {
+  bool is_whole = true;
+  const auto complain = [&](const std::string& text) {
+    is_whole = false;
+    messages << "devicelab: " << text << std::endl;
+  };
+  DeviceQueue queue(options.images, options.from, complain);
+  RehearsalOptions old_options = options.rehearsal;
+  old_options.program = old_program;
+  RehearsalOptions new_options = options.rehearsal;
+  new_options.program = new_program;
+  const PoolTasks tasks{
+      .work =
+          [&](const DeviceSource& source) {
+            // One after the other in the same place, so that nothing but the program differs.
+            RunResult old_run;
+            RunResult new_run;
+            const Record old_record = DeviceRehearsal(old_options).Rehearse(source, old_run);
+            const Record new_record = DeviceRehearsal(new_options).Rehearse(source, new_run);
+            return PackDevice(
+                {old_record.image, old_record.from, Compare(old_record, old_run, new_record, new_run)});
+          },
+      .is_wanted = [](const DeviceSource&) { return true; },
+      .deliver = [&](const DeviceSource&, const Message& answer) { tell(UnpackDevice(answer)); },
+      .give_up = [&](const DeviceSource& source,
+                     const std::string& reason) { complain(source.image + ": " + reason); },
+      .tick = [] {},
+  };
+  if (WorkOff(queue, options.jobs, tasks) == PoolEnd::Interrupted) complain("interrupted");
+  return is_whole;
+}
+
+std::string ComparedLine(const ComparedDevice& device) {
+  std::string line = "{\"schema\":1,\"image\":" + JsonText(device.image) +
+                     ",\"from\":" + JsonText(device.from) + ",\"differences\":[";
+  bool is_first = true;
+  for (const Difference& difference : device.differences) {
+    line += (is_first ? "{\"what\":" : ",{\"what\":") + JsonText(difference.what) +
+            ",\"old\":" + JsonText(difference.was) + ",\"new\":" + JsonText(difference.now) + "}";
+    is_first = false;
+  }
+  return line + "]}";
+}
+
+}  // namespace lab::fleets

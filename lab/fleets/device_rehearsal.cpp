@@ -1,0 +1,171 @@
+#include "lab/fleets/device_rehearsal.h"
+
+#include <json/writer.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+#include "lab/findings/findings.h"
+#include "lab/fleets/json_text.h"
+#include "lab/images/boot_overlay.h"
+#include "lab/images/image.h"
+#include "lab/reports/discretion.h"
+#include "lab/reports/household_json.h"
+#include "lab/reports/household_report.h"
+#include "lab/reports/masks.h"
+
+namespace lab::fleets {
+namespace {
+
+constexpr std::string_view kDocumentFolder = "/usr/kelp/etc/wifi/";
+constexpr std::string_view kArchiveFolder = "/usr/kelp/etc/wifi/legacy/";
+
+/// What a run may write beside what its image holds.
+constexpr std::uintmax_t kRoomToWrite = std::uintmax_t{64} << 20;
+
+std::string_view NameOf(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+std::vector<std::string> DocumentsOf(const RunResult& run) {
+  std::vector<std::string> paths;
+  for (const auto& [path, entry] : run.after) {
+    const bool is_document = entry.kind == Entry::Kind::File && path.starts_with(kDocumentFolder) &&
+                             path.find('/', kDocumentFolder.size()) == std::string::npos &&
+                             NameOf(path).find(".json") != std::string_view::npos;
+    if (!is_document) continue;
+    const auto former = run.before.find(path);
+    if (former == run.before.end() || former->second != entry) paths.push_back(path);
+  }
+  return paths;
+}
+
+std::vector<std::string> ArchivedOf(const RunResult& run) {
+  std::vector<std::string> paths;
+  for (const auto& [path, entry] : run.before) {
+    if (entry.kind == Entry::Kind::Directory || run.after.contains(path)) continue;
+    const auto archived = run.after.find(std::string(kArchiveFolder).append(NameOf(path)));
+    if (archived != run.after.end() && archived->second.content == entry.content) paths.push_back(path);
+  }
+  return paths;
+}
+
+std::vector<std::string> FindingsOf(const RunResult& run) {
+  std::vector<std::string> ids;
+  for (const Finding& finding : FindIn(run)) {
+    if (std::ranges::find(ids, finding.kind->id) == ids.end()) ids.emplace_back(finding.kind->id);
+  }
+  return ids;
+}
+
+/// The household before and after, as the report of one run has it.
+std::string HouseholdOf(const DeviceSource& source, const RunResult& run) {
+  Discretion discretion({}, run.before);
+  discretion.Learn(run.after);
+  Json::StreamWriterBuilder writer;
+  writer["indentation"] = "";
+  return Json::writeString(writer, ToJson(Tell(source.image, source.from, run, discretion)));
+}
+
+/// Whether an error tells of the host, and not of what an image has where a run needs something else.
+bool IsOfTheHost(const std::system_error& error) {
+  const int number = error.code().value();
+  return number == ENOMEM || number == ENOSPC || number == EMFILE || number == ENFILE || number == EAGAIN;
+}
+
+/// The absolute path of a file that a list gives.
+std::string ListedPath(const std::string& path) {
+  if (!path.starts_with('/')) throw UnusableImage("is given a file that has no absolute path: " + path);
+  return DevicePathOf(std::string_view(path).substr(1));
+}
+
+}  // namespace
+
+Record DeviceRehearsal::Rehearse(const DeviceSource& source) {
+  RunResult run;
+  return Rehearse(source, run);
+}
+
+Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
+  Record record;
+  record.image = Utf8Text(source.image);
+  record.from = Utf8Text(source.from);
+  try {
+    LayOnWorkbench(source);
+  } catch (const UnusableImage& error) {
+    record.error = error.what();
+    ClearWorkbench();
+    return record;
+  }
+  const auto start = std::chrono::steady_clock::now();
+  try {
+    run = bench_->Run({"--update-config", source.from}, options_.limit);
+  } catch (const std::system_error& error) {
+    bench_.reset();
+    if (IsOfTheHost(error)) throw;
+    record.error = source.image + " cannot be run: " + error.what();
+    return record;
+  }
+  const auto time = std::chrono::steady_clock::now() - start;
+  ClearWorkbench();
+
+  Verdict verdict = Judge(run);
+  record.outcome = verdict.outcome;
+  if (run.signal == 0) record.status = run.status;
+  if (run.signal != 0) record.signal = run.signal;
+  record.error = std::move(verdict.error);
+  record.log = std::move(verdict.log);
+  for (NumberedLine& line : record.log) line.text = MaskedLogText(line);
+  record.documents = DocumentsOf(run);
+  record.archived = ArchivedOf(run);
+  record.findings = FindingsOf(run);
+  record.milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+  if (options_.with_household) record.household = HouseholdOf(source, run);
+  return record;
+}
+
+void DeviceRehearsal::Lay(const DeviceSource& source) {
+  DeviceLayout layout(bench_->Device(), options_.image_limits);
+  LayImage(layout, source.image);
+  for (const std::filesystem::path& overlay : options_.overlays) {
+    layout.BeginOverlay();
+    LayImage(layout, overlay);
+  }
+  try {
+    layout.BeginOverlay();
+    for (const auto& [path, text] : source.files) layout.AddFile(ListedPath(path), 0644, text);
+    LayBootVariables(bench_->Device(), source.boot);
+  } catch (const UnusableImage& error) {
+    throw UnusableImage(source.image + " " + error.what());
+  }
+}
+
+void DeviceRehearsal::LayOnWorkbench(const DeviceSource& source) {
+  if (!bench_) MakeWorkbench(Workbench::Fittings::First);
+  try {
+    Lay(source);
+  } catch (const OccupiedPlace&) {
+    // A device with something of its own where the host's folders go is laid out before they come.
+    MakeWorkbench(Workbench::Fittings::Last);
+    Lay(source);
+  }
+}
+
+void DeviceRehearsal::ClearWorkbench() {
+  try {
+    if (bench_->Clear()) return;
+  } catch (const std::system_error&) {
+    // What cannot be removed goes away with the whole.
+  }
+  bench_.reset();
+}
+
+void DeviceRehearsal::MakeWorkbench(Workbench::Fittings fittings) {
+  bench_.reset();
+  bench_ =
+      std::make_unique<Workbench>(options_.program, options_.image_limits.bytes + kRoomToWrite, fittings);
+}
+
+}  // namespace lab::fleets

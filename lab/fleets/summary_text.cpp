@@ -1,0 +1,173 @@
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ostream>
+
+#include "lab/findings/findings.h"
+#include "lab/fleets/json_text.h"
+#include "lab/fleets/summary.h"
+#include "lab/messages/message_kinds.h"
+#include "lab/reports/report.h"
+
+namespace lab::fleets {
+namespace {
+
+std::string Padded(std::size_t number, int width) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%*zu", width, number);
+  return text.data();
+}
+
+std::string Share(std::size_t part, std::size_t whole) {
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%5.1f %%",
+                whole == 0 ? 0.0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole));
+  return text.data();
+}
+
+/// The pairs of a map, those with most devices first.
+template <typename Map>
+std::vector<typename Map::const_iterator> ByDevices(const Map& map) {
+  std::vector<typename Map::const_iterator> entries;
+  for (auto entry = map.begin(); entry != map.end(); ++entry) entries.push_back(entry);
+  std::ranges::stable_sort(
+      entries, [](auto left, auto right) { return left->second.devices > right->second.devices; });
+  return entries;
+}
+
+std::vector<std::pair<std::string, std::size_t>> ByCount(const std::map<std::string, std::size_t>& words) {
+  std::vector<std::pair<std::string, std::size_t>> entries(words.begin(), words.end());
+  std::ranges::stable_sort(entries,
+                           [](const auto& left, const auto& right) { return left.second > right.second; });
+  return entries;
+}
+
+void PrintExamples(std::ostream& out, const DeviceGroup& group) {
+  out << "            " << (group.devices > group.examples.size() ? "for example " : "");
+  for (std::size_t i = 0; i < group.examples.size(); ++i) {
+    out << (i > 0 ? ", " : "") << Printable(group.examples[i]);
+  }
+  out << '\n';
+}
+
+void PrintFindings(std::ostream& out, const Summary& summary) {
+  if (summary.findings.empty()) return;
+  out << "\nFindings\n";
+  for (const auto& entry : ByDevices(summary.findings)) {
+    const auto& [id, group] = *entry;
+    const FindingKind* const kind = FindFindingKind(id);
+    out << Padded(group.devices, 8) << "  " << Share(group.devices, summary.devices) << "  " << Printable(id);
+    if (kind == nullptr) {
+      out << '\n';
+    } else {
+      out << " (" << SeverityName(kind->severity) << "): " << kind->title << "\n            " << kind->meaning
+          << '\n';
+    }
+    PrintExamples(out, group);
+  }
+}
+
+void PrintFailures(std::ostream& out, const Summary& summary) {
+  if (summary.failures.empty()) return;
+  out << "\nNot migrated\n";
+  for (const auto& entry : ByDevices(summary.failures)) {
+    const auto& [cause, group] = *entry;
+    out << Padded(group.devices, 8) << "  " << OutcomeName(cause.first) << ": " << Printable(cause.second)
+        << '\n';
+    PrintExamples(out, group);
+  }
+}
+
+void PrintLog(std::ostream& out, const Summary& summary) {
+  constexpr std::size_t kWordsShown = 10;
+  if (summary.log.empty()) return;
+  out << "\nLog lines\n";
+  for (const auto& [number, group] : summary.log) {
+    const MessageKind* const kind = FindMessageKind(number);
+    out << Padded(group.lines, 8) << "  " << number << " on " << group.devices << " devices"
+        << (kind != nullptr ? ": " + std::string(kind->format) : "") << '\n';
+    if (group.words.empty()) continue;
+    out << "            ";
+    const auto words = ByCount(group.words);
+    for (std::size_t i = 0; i < std::min(words.size(), kWordsShown); ++i) {
+      out << (i > 0 ? ", " : "") << words[i].second << " times \"" << Printable(words[i].first) << '"';
+    }
+    if (words.size() > kWordsShown) out << ", and " << words.size() - kWordsShown << " other words";
+    out << '\n';
+  }
+}
+
+std::string GroupJson(const DeviceGroup& group) {
+  std::string json = "\"devices\":" + std::to_string(group.devices) + ",\"examples\":[";
+  for (std::size_t i = 0; i < group.examples.size(); ++i)
+    json += (i > 0 ? "," : "") + JsonText(group.examples[i]);
+  return json + "]";
+}
+
+std::string FindingJson(const std::string& id, const DeviceGroup& group) {
+  std::string json = "{\"id\":" + JsonText(id);
+  if (const FindingKind* const kind = FindFindingKind(id)) {
+    json += ",\"title\":" + JsonText(kind->title) +
+            ",\"severity\":" + JsonText(SeverityName(kind->severity)) +
+            ",\"meaning\":" + JsonText(kind->meaning) + ",\"remedy\":" + JsonText(kind->remedy);
+  }
+  return json + "," + GroupJson(group) + "}";
+}
+
+std::string LogJson(int number, const LogGroup& group) {
+  const MessageKind* const kind = FindMessageKind(number);
+  std::string json = "{\"number\":" + std::to_string(number);
+  if (kind != nullptr) json += ",\"format\":" + JsonText(kind->format);
+  json += ",\"lines\":" + std::to_string(group.lines) + ",\"devices\":" + std::to_string(group.devices) +
+          ",\"words\":[";
+  bool is_first = true;
+  for (const auto& [word, count] : ByCount(group.words)) {
+    json += std::string(is_first ? "" : ",") + "{\"word\":" + JsonText(word) +
+            ",\"lines\":" + std::to_string(count) + "}";
+    is_first = false;
+  }
+  return json + "]}";
+}
+
+/// `texts` between brackets.
+std::string Array(const std::vector<std::string>& texts) {
+  std::string json = "[";
+  for (const std::string& text : texts) json += (json.size() > 1 ? "," : "") + text;
+  return json + "]";
+}
+
+}  // namespace
+
+void PrintSummary(std::ostream& out, const Summary& summary) {
+  out << summary.devices << (summary.devices == 1 ? " device\n" : " devices\n");
+  if (summary.devices > 0) out << "\nOutcomes\n";
+  for (const auto& [outcome, count] : summary.outcomes) {
+    out << Padded(count, 8) << "  " << Share(count, summary.devices) << "  " << OutcomeName(outcome) << '\n';
+  }
+  PrintFailures(out, summary);
+  PrintFindings(out, summary);
+  PrintLog(out, summary);
+}
+
+std::string SummaryJson(const Summary& summary) {
+  std::string json = "{\"schema\":1,\"devices\":" + std::to_string(summary.devices) + ",\"outcomes\":{";
+  bool is_first = true;
+  for (const auto& [outcome, count] : summary.outcomes) {
+    json += (is_first ? "" : ",") + JsonText(OutcomeName(outcome)) + ":" + std::to_string(count);
+    is_first = false;
+  }
+  std::vector<std::string> failures;
+  for (const auto& entry : ByDevices(summary.failures)) {
+    failures.push_back("{\"outcome\":" + JsonText(OutcomeName(entry->first.first)) +
+                       ",\"cause\":" + JsonText(entry->first.second) + "," + GroupJson(entry->second) + "}");
+  }
+  std::vector<std::string> findings;
+  for (const auto& entry : ByDevices(summary.findings))
+    findings.push_back(FindingJson(entry->first, entry->second));
+  std::vector<std::string> log;
+  for (const auto& [number, group] : summary.log) log.push_back(LogJson(number, group));
+  return json + "},\"failures\":" + Array(failures) + ",\"findings\":" + Array(findings) +
+         ",\"log\":" + Array(log) + "}\n";
+}
+
+}  // namespace lab::fleets

@@ -1,0 +1,203 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "lab/fleets/compare.h"
+#include "lab/fleets/fleet.h"
+#include "lab/fleets/worker.h"
+#include "lab/images/tar_text.h"
+#include "tests/support/temporary_folder.h"
+
+namespace lab::fleets {
+namespace {
+
+namespace fs = std::filesystem;
+using lab_test::TemporaryFolder;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+const std::string kSample = std::string(KELP_SOURCE) + "/devices/dual-band-standalone";
+
+/// Rehearses devices in a worker.
+class Rehearsals : public ::testing::Test {
+ protected:
+  Record Rehearse(const DeviceSource& source) const {
+    Worker worker(
+        [&](const Message&) -> Message { return {RecordLine(DeviceRehearsal(options_).Rehearse(source))}; });
+    worker.Send({"go"});
+    while (true) {
+      if (const auto answer = worker.Receive()) return ParseRecord(answer->at(0)).value();
+    }
+  }
+
+  TemporaryFolder folder_;
+  RehearsalOptions options_{.program = KELP_PROGRAM, .limit = std::chrono::seconds(60)};
+};
+
+TEST_F(Rehearsals, TellWhatBecameOfADevice) {
+  const Record record = Rehearse({kSample, "8000", {}, {}});
+  EXPECT_EQ(record.image, kSample);
+  EXPECT_EQ(record.from, "8000");
+  EXPECT_EQ(record.outcome, Outcome::Migrated) << record.error;
+  EXPECT_EQ(record.status, 0);
+  EXPECT_EQ(record.signal, std::nullopt);
+  EXPECT_EQ(record.error, "");
+  EXPECT_THAT(record.documents, ElementsAre("/usr/kelp/etc/wifi/global.json", "/usr/kelp/etc/wifi/misc.json",
+                                            "/usr/kelp/etc/wifi/network.json.default",
+                                            "/usr/kelp/etc/wifi/radio.json", "/usr/kelp/etc/wifi/wps.json"));
+  EXPECT_THAT(record.archived,
+              ElementsAre("/etc/hostapd/mac_filter/mf.info", "/etc/hostapd/mac_filter/mf.setting",
+                          "/etc/hostapd/mac_filter/mf_guest.info", "/usr/kelp/etc/wifi/lbd.conf",
+                          "/usr/kelp/etc/wifi/lbd.guest.conf", "/usr/kelp/etc/wifi/wifi_ap_00:00:00:00:00:00",
+                          "/usr/kelp/etc/wifi/wifi_ap_d8:47:32:9a:51:e4",
+                          "/usr/kelp/etc/wifi/wifi_ap_d8:47:32:9a:51:e5", "/usr/kelp/etc/wifi/wifi_nvram",
+                          "/usr/kelp/etc/wifi/wifi_wps"));
+}
+
+TEST_F(Rehearsals, LayWhatAListGivesOverTheImage) {
+  EXPECT_EQ(Rehearse({kSample, "8000", {{"/usr/kelp/etc/info.conf", "kelpbios=none\n"}}, {}}).error,
+            "Failed to update config, error: Invalid kelpbios value: none");
+  folder_.Write("overlay/usr/kelp/etc/info.conf", "kelpbios=overlaid\n");
+  options_.overlays = {folder_ / "overlay"};
+  EXPECT_THAT(Rehearse({kSample, "8000", {}, {}}).error, HasSubstr("value: overlaid"));
+  EXPECT_THAT(Rehearse({kSample, "8000", {{"/usr/kelp/etc/info.conf", "kelpbios=listed\n"}}, {}}).error,
+              HasSubstr("value: listed"))
+      << "what a list gives for one device comes over what all of them get";
+}
+
+TEST_F(Rehearsals, SayWhatAnIncompleteImageLacks) {
+  fs::create_directory(folder_ / "image");
+  EXPECT_EQ(Rehearse({(folder_ / "image").native(), "8000", {}, {}}).outcome, Outcome::IncompleteImage);
+  const Record no_entries = Rehearse(
+      {(folder_ / "image").native(),
+       "8000",
+       {{"/usr/kelp/etc/info.conf", "kelpbios=maple\nwps_pin=1\n"}, {"/usr/kelp/etc/wifi/wifi_wps", ""}},
+       {}});
+  EXPECT_EQ(no_entries.outcome, Outcome::IncompleteImage);
+  EXPECT_THAT(no_entries.error, HasSubstr("no kernel entries"));
+}
+
+TEST_F(Rehearsals, SayWhyAnImageIsUnusable) {
+  folder_.Write("a.tar", TarEntry("../x", '0', 0644, "") + TarEnd());
+  Record record = Rehearse({(folder_ / "a.tar").native(), "8000", {}, {}});
+  EXPECT_EQ(record.outcome, Outcome::UnusableImage);
+  EXPECT_EQ(record.error, (folder_ / "a.tar").native() + " has a path with \"..\": ../x");
+  EXPECT_EQ(record.status, std::nullopt);
+  EXPECT_EQ(Rehearse({kSample, "8000", {{"etc/x", ""}}, {}}).error,
+            kSample + " is given a file that has no absolute path: etc/x");
+  EXPECT_EQ(Rehearse({kSample, "8000", {{"/etc/../x", ""}}, {}}).outcome, Outcome::UnusableImage);
+  EXPECT_EQ(Rehearse({kSample, "8000", {}, {{"a=b", "c"}}}).outcome, Outcome::UnusableImage);
+  EXPECT_EQ(Rehearse({kSample, "8000", {{"/dev/log", ""}}, {}}).outcome, Outcome::UnusableImage);
+}
+
+TEST_F(Rehearsals, TakeDevicesThatNeedAPlaceOfTheirOwn) {
+  fs::copy(kSample, folder_ / "image", fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  folder_.Write("image/lib/own", "x");
+  fs::create_directory_symlink("/var", folder_ / "image/tmp");
+  EXPECT_EQ(Rehearse({(folder_ / "image").native(), "8000", {}, {}}).outcome, Outcome::Migrated);
+}
+
+TEST_F(Rehearsals, MaskWhatWasStored) {
+  const std::string file = "/usr/kelp/etc/wifi/wifi_ap_00:00:00:00:00:00";
+  const Record record =
+      Rehearse({kSample, "8000", {{file, "ssid=not base64!\npassword=plain secret\n"}}, {}});
+  EXPECT_EQ(record.outcome, Outcome::MigratedWithFallbacks);
+  EXPECT_THAT(record.log, Contains(NumberedLine{589, 3, "Failed to decrypt ssid with ********"}));
+  EXPECT_THAT(record.log, Contains(NumberedLine{575, 3, "Failed to decode base64 string: ********"}));
+  EXPECT_THAT(RecordLine(record), Not(HasSubstr("plain secret")));
+  EXPECT_THAT(record.findings, Contains("password-lost"));
+}
+
+TEST(Workers, TellWhatFailed) {
+  Worker worker([](const Message& message) -> Message {
+    if (message.at(0) == "throw") throw std::runtime_error("thrown there");
+    if (message.at(0) == "end") ::_exit(3);
+    return {message.at(0) + "!", std::string(300'000, 'x'), ""};
+  });
+  const auto ask = [&](const std::string& text) {
+    worker.Send({text});
+    while (true) {
+      if (const auto answer = worker.Receive()) return *answer;
+    }
+  };
+  EXPECT_EQ(ask("a").at(0), "a!");
+  EXPECT_EQ(ask("b").at(1).size(), 300'000U);
+  EXPECT_THROW(ask("throw"), std::runtime_error);
+  EXPECT_EQ(ask("c").size(), 3U);
+  EXPECT_THROW(ask("end"), std::runtime_error);
+}
+
+RunResult Documents(const std::string& name, const std::string& text) {
+  RunResult run;
+  run.after["/usr/kelp/etc/wifi/" + name] = {Entry::Kind::File, 0600, text};
+  return run;
+}
+
+TEST(Comparisons, GoSettingBySetting) {
+  const Record record;
+  const auto compare = [&](const std::string& was, const std::string& now) {
+    std::vector<std::string> texts;
+    for (const Difference& difference : Compare(record, Documents("network.json.default", was), record,
+                                                Documents("network.json.default", now))) {
+      texts.push_back(difference.what + ": " + difference.was + " -> " + difference.now);
+    }
+    return texts;
+  };
+  EXPECT_THAT(compare("{\"a\":1}", "{ \"a\" : 1 }"), IsEmpty()) << "blanks make no difference";
+  EXPECT_THAT(compare("[{\"f\":[{\"security\":7}]}]", "[{\"f\":[{\"security\":4}]}]"),
+              ElementsAre("network.json.default[0].f[0].security: 7 -> 4"));
+  EXPECT_THAT(compare("{\"a\":1,\"c\":{}}", "{\"b\":\"x\",\"c\":[]}"),
+              ElementsAre("network.json.default.a: 1 -> ", "network.json.default.b:  -> \"x\"",
+                          "network.json.default.c: {...} -> [...]"));
+  EXPECT_THAT(compare("[1,2]", "[1]"), ElementsAre("network.json.default[1]: 2 -> "));
+  EXPECT_THAT(compare("{\"password\":\"old\"}", "{\"password\":\"new\"}"),
+              ElementsAre("network.json.default.password: \"********\" -> \"********\""));
+  EXPECT_THAT(compare("{\"password\":\"old\"}", "{\"password\":\"\"}"),
+              ElementsAre("network.json.default.password: \"********\" -> \"\""));
+  EXPECT_THAT(compare("{}", "{"), ElementsAre("network.json.default: JSON -> no JSON"));
+}
+
+TEST(Comparisons, SeeHowTheRunsEndedAndWhatTheyLeft) {
+  Record old_record;
+  old_record.outcome = Outcome::Migrated;
+  old_record.status = 0;
+  Record new_record = old_record;
+  new_record.outcome = Outcome::Crashed;
+  new_record.status.reset();
+  new_record.signal = 11;
+  new_record.log = {{229, 4, "x"}};
+  RunResult old_run = Documents("legacy/a", "x");
+  const RunResult new_run = Documents("a", "x");
+  const std::vector<Difference> differences = Compare(old_record, old_run, new_record, new_run);
+  EXPECT_THAT(differences,
+              ElementsAre(Difference{"outcome", "\"migrated, status 0\"", "\"crashed, signal 11\""},
+                          Difference{"log", "[]", "[\"229 <4> x\"]"},
+                          Difference{"/usr/kelp/etc/wifi/a", "", "\"file of 1 bytes, mode 384\""},
+                          Difference{"/usr/kelp/etc/wifi/legacy/a", "\"file of 1 bytes, mode 384\"", ""}));
+  EXPECT_THAT(Compare(old_record, Documents("x", "1"), old_record, Documents("x", "2")),
+              ElementsAre(Difference{"/usr/kelp/etc/wifi/x", "\"file of 1 bytes, mode 384\"",
+                                     "\"file of 1 bytes, mode 384, other content\""}));
+}
+
+TEST(Conditions, AreOutcomesAndFindings) {
+  RequireKnown({"failed", "ssid-lost"});
+  EXPECT_THROW(RequireKnown({"failde"}), std::invalid_argument);
+  Record record;
+  record.outcome = Outcome::Migrated;
+  record.findings = {"ssid-lost"};
+  EXPECT_TRUE(IsNamedIn({"ssid-lost"}, record));
+  EXPECT_TRUE(IsNamedIn({"migrated"}, record));
+  EXPECT_FALSE(IsNamedIn({"failed", "crashed"}, record));
+}
+
+}  // namespace
+}  // namespace lab::fleets
