@@ -8,7 +8,7 @@
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
 #include "lab/commands/fleet_arguments.h"
-#include "lab/reports/report.h"
+#include "lab/reports/safe_text.h"
 
 namespace lab::commands {
 namespace {
@@ -22,11 +22,11 @@ struct Request {
 
 void Print(const fleets::ComparedDevice& device) {
   const auto side = [](const std::string& text) {
-    return text.empty() ? std::string("(none)") : Printable(text);
+    return text.empty() ? std::string("(none)") : PrintableLine(text);
   };
-  std::cout << Printable(device.image) << " from " << Printable(device.from) << '\n';
+  std::cout << PrintableLine(device.image) << " from " << PrintableLine(device.from) << '\n';
   for (const fleets::Difference& difference : device.differences) {
-    std::cout << "    " << Printable(difference.what) << ": " << side(difference.was) << " -> "
+    std::cout << "    " << PrintableLine(difference.what) << ": " << side(difference.was) << " -> "
               << side(difference.now) << '\n';
   }
 }

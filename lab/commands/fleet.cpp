@@ -28,7 +28,9 @@ int Run(const Request& request) {
   fleets::FleetOptions options = ToFleetOptions(request.fleet);
   options.output = request.output;
   options.rehearsal.with_household = request.with_household;
-  options.fail_on = std::set(request.fail_on.begin(), request.fail_on.end());
+  if (request.fail_on != std::vector<std::string>{"none"}) {
+    options.fail_on = std::set(request.fail_on.begin(), request.fail_on.end());
+  }
   fleets::RequireKnown(options.fail_on);
   options.rehearsal.program = ProgramToRun(request.fleet.program);
   BecomeRunner();
@@ -59,7 +61,7 @@ void AddFleet(CLI::App& app, Actions& actions) {
       ->add_option("--output", request->output,
                    "The file that gets a line a device; where it has some, the command goes on behind them")
       ->required();
-  fleet->add_option("--fail-on", request->fail_on, "Outcomes and findings that give exit status 1")
+  fleet->add_option("--fail-on", request->fail_on, "Outcomes and findings that give exit status 1, or none")
       ->delimiter(',')
       ->capture_default_str();
   fleet->add_flag("--details", request->with_household,

@@ -24,7 +24,6 @@ struct RehearsalOptions {
   /// Adds the household before and after to the records.
   bool with_household = false;
 };
-};
 
 /// Rehearses device after device in a process of its own (ForkSealed).
 class DeviceRehearsal {

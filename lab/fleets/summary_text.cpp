@@ -7,7 +7,7 @@
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/summary.h"
 #include "lab/messages/message_kinds.h"
-#include "lab/reports/report.h"
+#include "lab/reports/safe_text.h"
 
 namespace lab::fleets {
 namespace {
@@ -45,7 +45,7 @@ std::vector<std::pair<std::string, std::size_t>> ByCount(const std::map<std::str
 void PrintExamples(std::ostream& out, const DeviceGroup& group) {
   out << "            " << (group.devices > group.examples.size() ? "for example " : "");
   for (std::size_t i = 0; i < group.examples.size(); ++i) {
-    out << (i > 0 ? ", " : "") << Printable(group.examples[i]);
+    out << (i > 0 ? ", " : "") << PrintableLine(group.examples[i]);
   }
   out << '\n';
 }
@@ -56,7 +56,8 @@ void PrintFindings(std::ostream& out, const Summary& summary) {
   for (const auto& entry : ByDevices(summary.findings)) {
     const auto& [id, group] = *entry;
     const FindingKind* const kind = FindFindingKind(id);
-    out << Padded(group.devices, 8) << "  " << Share(group.devices, summary.devices) << "  " << Printable(id);
+    out << Padded(group.devices, 8) << "  " << Share(group.devices, summary.devices) << "  "
+        << PrintableLine(id);
     if (kind == nullptr) {
       out << '\n';
     } else {
@@ -72,7 +73,7 @@ void PrintFailures(std::ostream& out, const Summary& summary) {
   out << "\nNot migrated\n";
   for (const auto& entry : ByDevices(summary.failures)) {
     const auto& [cause, group] = *entry;
-    out << Padded(group.devices, 8) << "  " << OutcomeName(cause.first) << ": " << Printable(cause.second)
+    out << Padded(group.devices, 8) << "  " << OutcomeName(cause.first) << ": " << PrintableLine(cause.second)
         << '\n';
     PrintExamples(out, group);
   }
@@ -90,7 +91,7 @@ void PrintLog(std::ostream& out, const Summary& summary) {
     out << "            ";
     const auto words = ByCount(group.words);
     for (std::size_t i = 0; i < std::min(words.size(), kWordsShown); ++i) {
-      out << (i > 0 ? ", " : "") << words[i].second << " times \"" << Printable(words[i].first) << '"';
+      out << (i > 0 ? ", " : "") << words[i].second << " times \"" << PrintableLine(words[i].first) << '"';
     }
     if (words.size() > kWordsShown) out << ", and " << words.size() - kWordsShown << " other words";
     out << '\n';

@@ -153,6 +153,7 @@ TEST_F(Fleets, GoOnBehindUnusableImages) {
 TEST_F(Fleets, FailOnWhatTheyAreTold) {
   EXPECT_EQ(Fleet("@devices/list.jsonl --fail-on migrated,ssid-lost").status, 1);
   EXPECT_EQ(Fleet("@devices/list.jsonl --fail-on ssid-lost").status, 0) << "with nothing left to do";
+  EXPECT_EQ(Fleet("@devices/list.jsonl --fail-on none").status, 0);
   const ShellResult unknown = Fleet("@devices/list.jsonl --fail-on lost");
   EXPECT_EQ(unknown.status, 2);
   EXPECT_THAT(unknown.output, HasSubstr("neither an outcome nor a finding is called lost"));
