@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <set>
+#include <string>
 #include <system_error>
 
 #include "base/durable_file.h"
@@ -20,12 +21,14 @@ constexpr const char* kArchive = "/usr/kelp/etc/wifi/legacy/";
 constexpr mode_t kArchiveMode = 0755;
 
 void MakeArchive() {
-  if (std::filesystem::is_directory(kArchive)) return;
   std::filesystem::create_directories(kDocumentFolder);
   // Not left to create_directories: under an open umask everybody could write there.
   if (::mkdir(kArchive, kArchiveMode) == 0) return;
-  throw std::filesystem::filesystem_error("cannot create directories", kArchive,
-                                          std::error_code(errno, std::generic_category()));
+  const std::error_code error(errno, std::generic_category());
+  if (error != std::errc::file_exists) {
+    throw std::filesystem::filesystem_error("cannot create directories", kArchive, error);
+  }
+  std::filesystem::create_directories(kArchive);  // fails unless it is a folder
 }
 
 }  // namespace

@@ -8,10 +8,11 @@ namespace KELP::Wifi::Util::JsonUtil {
 
 /// The document in the file at `path`: plain JSON as RFC 8259 has it, whatever release of jsoncpp reads it.
 /// Its root is an object or an array, at most 1000 of those stand in one another, it is at most 1 MiB long,
-/// and nothing but blanks stands around it: no NUL, no byte order mark, no comment. No member comes twice in
-/// an object. Numbers are within the range of a double; what is too small for one is zero. Bytes above 0x7F
-/// stand in texts as they are, UTF-8 or not; an escape of half a surrogate pair is refused. Throws a
-/// std::runtime_error with the path and the reason when the file is missing, unreadable or malformed.
+/// and nothing but blanks stands around it, no NUL and no comment; a byte order mark at its very beginning is
+/// passed over. No member comes twice in an object. Numbers are within the range of a double; what is too
+/// small for one is zero. Bytes above 0x7F stand in texts as they are, UTF-8 or not; an escape of half a
+/// surrogate pair is refused. Throws a std::runtime_error with the path and the reason when the file is
+/// missing, unreadable or malformed.
 Json::Value LoadJsonFromFile(const std::string& path);
 
 /// Writes `document` to `path`, indented with one tab, a newline at its end; bytes above 0x7F stand as they

@@ -198,6 +198,13 @@ TEST_F(LegacyArchiveTest, DanglingLinkInTheArchivesPlaceFailsAndMovesNothing) {
   EXPECT_EQ(Read("/etc/file"), "text");
 }
 
+TEST_F(LegacyArchiveTest, LinkLoopInTheArchivesPlaceIsNamedAsTheCause) {
+  device_.Files().Link(kArchive, kArchive);
+  EXPECT_EQ(device_.RunThrowing<filesystem_error>([] { ArchiveLegacyFiles({"/etc/file"}); }),
+            "filesystem error: cannot create directories: Too many levels of symbolic links "
+            "[/usr/kelp/etc/wifi/legacy/]");
+}
+
 TEST_F(LegacyArchiveTest, LinkToAFolderInTheArchivesPlaceIsFollowed) {
   device_.Files().MakeDirectory("/var/archive");
   device_.Files().Link(kArchive, "/var/archive");
