@@ -4,6 +4,8 @@
 //
 // The environment variable FAILING_CALL names the call, from 1; 0 lets all of them pass. What they were about
 // stands in "/tmp/service-calls" after the run: a line for a call, its files and folders apart by tabs.
+#include <sys/types.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -179,6 +181,14 @@ bool WrapCreateDirectories(const fs::path& path) {
   const std::string folder(path.native(), 0, path.native().find_last_not_of('/') + 1);
   if (Fails({folder, FolderOf(folder)})) throw Refused("cannot create directories", path);
   return RealCreateDirectories(path);
+}
+
+int RealMkdir(const char* path, mode_t mode) REAL(SYMBOL_OF_MKDIR);
+int WrapMkdir(const char* path, mode_t mode) WRAPPED(SYMBOL_OF_MKDIR);
+int WrapMkdir(const char* path, mode_t mode) {
+  if (!Fails({path})) return RealMkdir(path, mode);
+  errno = EIO;
+  return -1;
 }
 
 void RealRename(const fs::path& from, const fs::path& to) REAL(SYMBOL_OF_RENAME);

@@ -16,6 +16,7 @@
 #define SYMBOL_OF_USB3_DISABLE "_Z29KELPUSBGetUSB3DisableUbootEnvv"
 #define SYMBOL_OF_STATUS "_ZNSt10filesystem6statusERKNS_7__cxx114pathE"
 #define SYMBOL_OF_CREATE_DIRECTORIES "_ZNSt10filesystem18create_directoriesERKNS_7__cxx114pathE"
+#define SYMBOL_OF_MKDIR "mkdir"
 #define SYMBOL_OF_RENAME "_ZNSt10filesystem6renameERKNS_7__cxx114pathES3_"
 #define SYMBOL_OF_REMOVE "_ZNSt10filesystem6removeERKNS_7__cxx114pathE"
 // clang-format on
