@@ -29,7 +29,8 @@ Tree WithoutRecords(const Tree& files) {
 
 }  // namespace
 
-NextBoot::NextBoot(std::filesystem::path script, const Device& device, Programs programs, Outcome undisturbed)
+NextBoot::NextBoot(const std::filesystem::path& script, const Device& device, Programs programs,
+                   Outcome undisturbed)
     : build_number_(device.build_number),
       programs_(std::move(programs)),
       undisturbed_(std::move(undisturbed)) {

@@ -15,7 +15,7 @@ class NextBoot {
  public:
   /// `undisturbed` is what the bare program makes of the device. Lets the script run on the device up to
   /// where it calls the program. Throws std::runtime_error when it does not get there.
-  NextBoot(std::filesystem::path script, const Device& device, Programs programs, Outcome undisturbed);
+  NextBoot(const std::filesystem::path& script, const Device& device, Programs programs, Outcome undisturbed);
 
   /// What is wrong with what the script makes of a device that a power cut in the program left in `state`, in
   /// words.
