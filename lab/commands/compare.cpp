@@ -4,10 +4,13 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <string_view>
 
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
 #include "lab/commands/fleet_arguments.h"
+#include "lab/page/page.h"
+#include "lab/page/page_file.h"
 #include "lab/reports/safe_text.h"
 
 namespace lab::commands {
@@ -17,6 +20,7 @@ struct Request {
   FleetArguments fleet;
   std::filesystem::path old_program;
   std::filesystem::path new_program;
+  std::filesystem::path html;
   bool as_json = false;
 };
 
@@ -34,13 +38,19 @@ void Print(const fleets::ComparedDevice& device) {
 int Run(const Request& request) {
   const std::filesystem::path old_program = ProgramToRun(request.old_program);
   const std::filesystem::path new_program = ProgramToRun(request.new_program);
+  if (!request.html.empty()) page::RequirePageFile(request.html);
   BecomeRunner();
+  page::Page page(page::Kind::Comparison);
   std::size_t devices = 0;
   std::size_t different = 0;
   const auto tell = [&](const fleets::ComparedDevice& device) {
     ++devices;
-    if (device.differences.empty()) return;
+    if (device.differences.empty()) {
+      page.AddUnchanged();
+      return;
+    }
     ++different;
+    if (!request.html.empty()) page.Add(std::string_view(fleets::ComparedLine(device)));
     if (request.as_json) {
       std::cout << fleets::ComparedLine(device) << '\n';
     } else {
@@ -49,6 +59,7 @@ int Run(const Request& request) {
   };
   const bool is_whole =
       fleets::CompareFleet(ToFleetOptions(request.fleet), old_program, new_program, tell, std::cerr);
+  if (!request.html.empty()) page::WritePageFile(request.html, page.Html());
   if (!request.as_json) {
     std::cout << different << " of " << devices << " devices differ\n";
   }
@@ -67,6 +78,7 @@ void AddCompare(CLI::App& app, Actions& actions) {
   AddFleetArguments(*compare, request->fleet);
   compare->add_option("--old", request->old_program, "The program as it was")->required();
   compare->add_option("--new", request->new_program, "The program as it is to be")->required();
+  compare->add_option("--html", request->html, "Write the differences as a page for a browser");
   compare->add_flag("--json", request->as_json, "Print a JSON object on a line for each device that differs");
   actions[compare] = [request] { return StatusOf([&] { return Run(*request); }); };
 }

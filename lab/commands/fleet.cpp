@@ -12,7 +12,9 @@
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
 #include "lab/commands/fleet_arguments.h"
+#include "lab/commands/fleet_page.h"
 #include "lab/fleets/summary.h"
+#include "lab/page/page_file.h"
 
 namespace lab::commands {
 namespace {
@@ -20,6 +22,7 @@ namespace {
 struct Request {
   FleetArguments fleet;
   std::filesystem::path output;
+  std::filesystem::path html;
   bool with_household = false;
   std::vector<std::string> fail_on{"failed", "crashed", "timed-out"};
 };
@@ -27,12 +30,13 @@ struct Request {
 int Run(const Request& request) {
   fleets::FleetOptions options = ToFleetOptions(request.fleet);
   options.output = request.output;
-  options.rehearsal.with_household = request.with_household;
+  options.rehearsal.with_household = request.with_household || !request.html.empty();
   if (request.fail_on != std::vector<std::string>{"none"}) {
     options.fail_on = std::set(request.fail_on.begin(), request.fail_on.end());
   }
   fleets::RequireKnown(options.fail_on);
   options.rehearsal.program = ProgramToRun(request.fleet.program);
+  if (!request.html.empty()) page::RequirePageFile(request.html);
   BecomeRunner();
   const bool is_whole = fleets::RehearseFleet(options, std::cerr, ::isatty(STDERR_FILENO) == 1);
 
@@ -44,6 +48,7 @@ int Run(const Request& request) {
   };
   fleets::ForEachRecord({options.output}, add, [](const std::string&) {});
   fleets::PrintSummary(std::cout, summary);
+  if (!request.html.empty()) WriteFleetPage(request.html, {options.output});
   if (!is_whole) return kNotDone;
   return is_failed ? 1 : 0;
 }
@@ -66,6 +71,9 @@ void AddFleet(CLI::App& app, Actions& actions) {
       ->capture_default_str();
   fleet->add_flag("--details", request->with_household,
                   "Add the household before and after to each line, as \"run --json\" prints it");
+  fleet->add_option(
+      "--html", request->html,
+      "Write the fleet as a page for a browser, with each household before and after (--details)");
   fleet->add_option("--program", request->fleet.program, "The program, if not the one beside devicelab");
   actions[fleet] = [request] { return StatusOf([&] { return Run(*request); }); };
 }

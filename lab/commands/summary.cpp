@@ -10,6 +10,7 @@
 
 #include "lab/commands/command.h"
 #include "lab/commands/fleet_arguments.h"
+#include "lab/commands/fleet_page.h"
 
 namespace lab::commands {
 namespace {
@@ -17,6 +18,7 @@ namespace {
 struct Request {
   std::vector<std::filesystem::path> files;
   std::filesystem::path junit;
+  std::filesystem::path html;
   bool as_json = false;
 };
 
@@ -37,6 +39,7 @@ int Run(const Request& request) {
     file.close();
     if (!file) throw std::runtime_error("cannot write " + request.junit.native());
   }
+  if (!request.html.empty()) WriteFleetPage(request.html, request.files);
   if (request.as_json) {
     std::cout << fleets::SummaryJson(summary);
   } else {
@@ -54,6 +57,9 @@ void AddSummary(CLI::App& app, Actions& actions) {
   summary->add_option("FILE", request->files, "What \"fleet\" wrote")->required();
   summary->add_flag("--json", request->as_json, "Print one JSON object");
   summary->add_option("--junit", request->junit, "Write a report for a CI server, a test case a device");
+  summary->add_option(
+      "--html", request->html,
+      "Write a page for a browser, with the households of records that have them (fleet --details)");
   actions[summary] = [request] { return StatusOf([&] { return Run(*request); }); };
 }
 

@@ -1,8 +1,10 @@
 #include "lab/page/page.h"
 
+#include <json/reader.h>
 #include <sodium.h>
 
 #include <array>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -74,6 +76,16 @@ std::string Script() {
 void Page::Add(const Json::Value& device) {
   if (!device.isObject()) throw std::invalid_argument("a page takes devices that are objects");
   devices_ += (devices_.empty() ? "" : ",\n") + ScriptData(shared_.Share(device));
+}
+
+void Page::Add(std::string_view json) {
+  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+  Json::Value device;
+  std::string errors;
+  if (!reader->parse(json.data(), json.data() + json.size(), &device, &errors)) {
+    throw std::invalid_argument("a page takes JSON: " + errors);
+  }
+  Add(device);
 }
 
 std::string Page::Data() const {

@@ -3,6 +3,7 @@
 #include <json/value.h>
 
 #include <string>
+#include <string_view>
 
 #include "lab/page/shared_values.h"
 
@@ -26,6 +27,9 @@ class Page {
 
   /// Throws std::invalid_argument for anything but an object.
   void Add(const Json::Value& device);
+
+  /// The same from a JSON text.
+  void Add(std::string_view json);
 
   /// A device that a comparison found nothing in: it is counted, no more.
   void AddUnchanged() { ++unchanged_; }

@@ -327,6 +327,35 @@ class PageOfAFleet(PageCase):
         self.assert_fits(794)
 
 
+class PageOfARehearsedFleet(PageCase):
+    """Through the commands, and what they write as records beside the page."""
+
+    @classmethod
+    def make(cls):
+        devicelab("new", cls.folder / "fleet", "--count", "60", "--seed", "1")
+        cls.records = cls.folder / "fleet.jsonl"
+        devicelab("fleet", f"@{cls.folder}/fleet/list.jsonl", "--from", "8000", "--output", cls.records,
+                  "--html", cls.page, "--fail-on", "none")
+
+    def test_shows_each_device_of_the_records(self):
+        records = [json.loads(line) for line in self.records.read_text().splitlines()]
+        self.assertEqual(len(records), 60)
+        self.assertEqual(self.text("#count"), "Devices 1 to 50 of 60")
+        for place in (0, 31, 59):
+            self.open(f"#device={place}")
+            self.assertEqual(self.text("h1"), records[place]["image"])
+            self.assertEqual(self.text(".facts .badge"), records[place]["outcome"])
+            ids = [item.text.split("\n")[-1] for item in self.all(".findings > li")]
+            self.assertEqual(ids, records[place]["findings"])
+        self.open()
+        self.shoot("rehearsed")
+
+    def test_is_what_the_summary_draws(self):
+        drawn = self.folder / "summary.html"
+        devicelab("summary", self.records, "--html", drawn)
+        self.assertEqual(drawn.read_bytes(), self.page.read_bytes())
+
+
 class PageOfHostileDevices(PageCase):
     @classmethod
     def make(cls):

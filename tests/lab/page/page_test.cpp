@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "lab/page/page_text.h"
 
@@ -45,7 +46,7 @@ Json::Value DataOf(const std::string& html) {
 TEST(Page, HoldsItsDevicesInOrder) {
   Page page(Kind::Fleet);
   page.Add(Device("one"));
-  page.Add(Device("two"));
+  page.Add(std::string_view(R"({"image": "two"})"));
   const Json::Value data = DataOf(page.Html());
   EXPECT_EQ(data["kind"], "fleet");
   ASSERT_EQ(data["devices"].size(), 2U);
@@ -112,6 +113,8 @@ TEST(Page, NeverMakesMarkupOfATextInItsScript) {
 TEST(Page, TakesObjectsAlone) {
   Page page(Kind::Fleet);
   EXPECT_THROW(page.Add(Json::Value("text")), std::invalid_argument);
+  EXPECT_THROW(page.Add(std::string_view("[1]")), std::invalid_argument);
+  EXPECT_THROW(page.Add(std::string_view("{\"torn\": ")), std::invalid_argument);
 }
 
 }  // namespace
