@@ -1,5 +1,5 @@
-// Enters laid-out devices by chroot, one after another, and runs the program there: what a fleet cannot do without.
-// Prints nothing; exit status 1 where a device could not be entered.
+// Enters laid-out devices by chroot, one after another, and runs the program there: what a fleet cannot do
+// without. Prints nothing; exit status 1 where a device could not be entered.
 
 #include <fcntl.h>
 #include <stdio.h>

@@ -1,5 +1,5 @@
-// Runs a command and appends to a file what it took: seconds by the clock, seconds of processor time of all its
-// processes, and the most memory that one of them had, in KiB.
+// Runs a command and appends to a file what it took: seconds by the clock, seconds of processor time of all
+// its processes, and the most memory that one of them had, in KiB.
 
 #include <stdio.h>
 #include <sys/resource.h>
