@@ -26,7 +26,9 @@ constexpr const char* kRadioFlags[]{"force_24g_40mhz", "allow_dfs_channels", "ap
 
 /// Numbers by the members that they become.
 struct Number {
+  // cppcheck-suppress unusedStructMember  ; taken apart by name below
   const char* key;
+  // cppcheck-suppress unusedStructMember  ; as above
   const char* member;
 };
 constexpr Number kNetworkNumbers[]{{"max_num_client", "max_num_client"},

@@ -85,6 +85,7 @@ std::optional<Content> Read(const std::string& file, const Copy& copy, bool is_r
 
 void Write(PrivateRoot& root, const Copy& copy, const std::string& environment) {
   std::string file = FileOrNothing(root, copy.path);
+  // cppcheck-suppress invalidFunctionArg  ; that is a char
   if (file.size() < copy.offset + copy.size) file.resize(copy.offset + copy.size, '\xFF');
   file.replace(copy.offset, copy.size, environment);
   root.Write(copy.path, file);

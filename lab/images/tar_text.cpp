@@ -28,6 +28,7 @@ void Put(std::string& header, std::size_t place, std::string_view text) {
 
 void PutOctal(std::string& header, std::size_t place, int digits, std::uintmax_t number) {
   std::array<char, 24> text{};
+  // cppcheck-suppress invalidPrintfArgType_uint  ; that is a uintmax_t
   std::snprintf(text.data(), text.size(), "%0*jo", digits, number);
   Put(header, place, text.data());
 }

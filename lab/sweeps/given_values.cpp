@@ -62,6 +62,7 @@ bool AllowsValue(const Values& known, const Json::Value& value) {
 }  // namespace
 
 struct GivenValues::Known {
+  // cppcheck-suppress unusedStructMember  ; used below
   std::vector<Json::Value> values;
 };
 

@@ -8,6 +8,7 @@ namespace lab::sweeps {
 namespace {
 
 struct Case {
+  // cppcheck-suppress unusedStructMember  ; used below
   const char* name;
   Obstruction obstruction;
 };

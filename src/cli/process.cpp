@@ -22,6 +22,7 @@ const char* reported_build_number = "";
   // Without an exception there was no memory for one: the first thing that throwing does is to ask for it.
   if (std::current_exception() == nullptr) ReportAndEnd("std::bad_alloc");
   try {
+    // cppcheck-suppress rethrowNoCurrentException  ; looked at before
     throw;
   } catch (const std::exception& error) {
     ReportAndEnd(error.what());

@@ -134,6 +134,7 @@ int KELPUSBGetUSB3DisableUbootEnv() {
   do {  // the library takes a read that a signal interrupts for a failed one, and goes on without its lock
     errno = 0;
     answer = AskOnce();
+    // cppcheck-suppress knownConditionTrueFalse  ; a signal changes it
     if (limit.IsOver()) return -1;
   } while (errno == EINTR);
   return answer;

@@ -180,10 +180,13 @@ TEST_F(DeviceLab, TellsWhatIsMissing) {
 
 TEST_F(DeviceLab, TellsItsCommandsToWhoNamesNone) {
   EXPECT_EQ(Lab("").output,
-            "devicelab: name a command: run, explain, show, describe, seal, bootenv; --help tells more\n");
-  EXPECT_EQ(Lab("migrate x").output,
-            "devicelab: there is no command migrate: run, explain, show, describe, seal, bootenv; --help "
+            "devicelab: name a command: run, explain, fleet, summary, compare, new, show, describe, seal, "
+            "bootenv; --help "
             "tells more\n");
+  EXPECT_EQ(Lab("migrate x").output,
+            "devicelab: there is no command migrate: run, explain, fleet, summary, compare, new, show, "
+            "describe, seal, "
+            "bootenv; --help tells more\n");
   EXPECT_EQ(Lab("migrate x").status, 1);
 }
 

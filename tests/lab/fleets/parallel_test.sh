@@ -78,6 +78,7 @@ END
   printf 'Host %s\n  Port %s\n' "$name" "$port" | cat - ssh_config >>ssh_all
   if [ "$(id -u)" = 0 ]; then
     # Root's server wants a folder of its own in /run, and gets it where nobody else sees it.
+    # shellcheck disable=SC2016  # the inner shell expands it
     unshare --mount sh -c 'mount -t tmpfs none /run && mkdir -m 755 /run/sshd && exec "$0" "$@"' \
       "$(command -v sshd || echo /usr/sbin/sshd)" -D -e -f "$folder/sshd_$name" 2>"sshd_$name.log" &
   else
