@@ -40,7 +40,7 @@ void ForEachLine(int file, const std::string& name,
 
 RecordFile::RecordFile(const std::filesystem::path& path)
     : name_(path.native()),
-      file_(Checked(::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NOCTTY | O_CLOEXEC, 0644), "open",
+      file_(Checked(::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_NOCTTY | O_CLOEXEC, 0600), "open",
                     path.native())) {
   struct stat status {};
   Checked(::fstat(file_.Get(), &status), "examine", name_);

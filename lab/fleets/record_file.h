@@ -17,7 +17,8 @@ namespace lab::fleets {
 void ForEachLine(int file, const std::string& name,
                  const std::function<void(std::string_view line, std::uintmax_t place, bool is_torn)>& visit);
 
-/// The file that a fleet writes: a record a line. One fleet at a time has it.
+/// The file that a fleet writes: a record a line. One fleet at a time has it. A new one has mode 0600: names
+/// and addresses of households stand in it.
 class RecordFile {
  public:
   /// Opens or makes the file and reads what is there; a torn last line is cut off. Throws std::runtime_error

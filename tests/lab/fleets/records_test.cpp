@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -136,6 +137,14 @@ TEST_F(RecordFiles, GoOnWhereTheyStopped) {
   EXPECT_FALSE(file.Has("b", "8000"));
   file.Append("{}");
   EXPECT_EQ(ReadFile(Path()), RecordLine(Example("a")) + "\n" + RecordLine(Example("b", "9000")) + "\n{}\n");
+}
+
+TEST_F(RecordFiles, AreForTheirOwnerAlone) {
+  const mode_t umask = ::umask(0);
+  { const RecordFile file(Path()); }
+  ::umask(umask);
+  EXPECT_EQ(std::filesystem::status(Path()).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 TEST_F(RecordFiles, CutOffATornLine) {
