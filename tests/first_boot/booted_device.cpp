@@ -58,7 +58,7 @@ lab::RunResult Boot(lab::PrivateRoot& device, Shell shell, const std::string& se
   if (shell == Shell::Dash) {
     in_shell.wrapper.insert(in_shell.wrapper.end(), {"/usr/bin/dash", kScript, kSettings});
   } else {
-    for (const char* tool : {"grep", "mkdir", "mv", "rm"}) {
+    for (const char* tool : {"mkdir", "mv", "rm", "sh", "sleep"}) {
       device.ProvideLink(std::string("/tmp/bin/") + tool, kBusybox);
     }
     in_shell.environment = {"PATH=/tmp/bin"};

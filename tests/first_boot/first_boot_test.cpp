@@ -44,7 +44,7 @@ TEST_P(FirstBoot, EmptyBuildFileCountsAsNone) {
 }
 
 TEST_P(FirstBoot, MigratesOnceAfterAnUpgrade) {
-  for (const char* text : {"8000", "8000\n", " 8000 \nanother line\n"}) {
+  for (const char* text : {"8000", "8000\n", " 8000 \nanother line\n", "8000\r\n", "8000 \t\r\n"}) {
     SCOPED_TRACE(text);
     lab::PrivateRoot device = Upgraded("dual-band-standalone", text);
     const lab::RunResult boot = Boot(device, GetParam());
@@ -52,7 +52,27 @@ TEST_P(FirstBoot, MigratesOnceAfterAnUpgrade) {
     EXPECT_THAT(Differing(Household(boot.after), MigratedHousehold("dual-band-standalone", text, "8000")),
                 IsEmpty());
     EXPECT_EQ(Result(device), "migrated 1 8000\n");
+
+    ExpectQuiet(Boot(device, GetParam(), "program=called_again\ncalled_again() { : >/tmp/called-again; }\n"));
+    EXPECT_FALSE(device.Exists("/tmp/called-again"));
   }
+}
+
+TEST_P(FirstBoot, FolderInTheBuildFilesPlaceCountsAsNone) {
+  lab::PrivateRoot device = Upgraded("dual-band-standalone", "");
+  device.Remove(kOldBuild);
+  device.MakeDirectory(kOldBuild);
+  const lab::RunResult boot = Boot(device, GetParam());
+  ExpectQuiet(boot);
+  EXPECT_THAT(Differing(boot.before, boot.after), IsEmpty());
+}
+
+TEST_P(FirstBoot, BuildThatIsNoNumberIsReported) {
+  lab::PrivateRoot device = Upgraded("dual-band-standalone", "\x81\xff\\ $(:) `'\"*\n");
+  const lab::RunResult boot = Boot(device, GetParam());
+  ExpectQuiet(boot);
+  EXPECT_THAT(Differing(Household(boot.before), Household(boot.after)), IsEmpty());
+  EXPECT_EQ(Result(device), "failed 1 \x81\xff\\ $(:) `'\"*\nFailed to update config, error: stoi\n");
 }
 
 TEST_P(FirstBoot, GivesTheBuildAsItStands) {
@@ -110,6 +130,18 @@ TEST_P(FirstBoot, MissingProgramIsReported) {
   ExpectQuiet(boot);
   EXPECT_EQ(Result(device), "failed 1 8000\ncannot run /usr/sbin/nothing\n");
   EXPECT_THAT(Differing(Household(boot.before), Household(boot.after)), IsEmpty());
+}
+
+// A shell takes the first for a script without a command, which ends well.
+TEST_P(FirstBoot, ProgramThatCannotBeRunIsReported) {
+  for (const mode_t mode : {0755U, 0644U}) {
+    lab::PrivateRoot device = Upgraded("dual-band-standalone", "8000\n");
+    device.Write("/usr/sbin/unfit", mode == 0755 ? "" : "exit 0\n", mode);
+    const lab::RunResult boot = Boot(device, GetParam(), "program=/usr/sbin/unfit\n");
+    ExpectQuiet(boot);
+    EXPECT_EQ(Result(device).find("failed 1 8000\ncannot run /usr/sbin/unfit"), 0U) << Result(device);
+    EXPECT_THAT(Differing(Household(boot.before), Household(boot.after)), IsEmpty());
+  }
 }
 
 TEST_P(FirstBoot, NextUpgradeCountsAnew) {
@@ -219,7 +251,7 @@ TEST_P(FirstBoot, NothingIsRemovedWithoutTheList) {
   const lab::RunResult boot = Boot(device, GetParam());
   ExpectQuiet(boot);
   EXPECT_THAT(Differing(Household(boot.after), Household(boot.before)), IsEmpty());
-  EXPECT_EQ(Result(device), "gave-up 1 8000\n" + kState + "/before is gone\n");
+  EXPECT_EQ(Result(device), "gave-up 1 8000\n" + kState + "/before is gone or not whole\n");
 }
 
 // The archive of an earlier migration is not what this run moved.
