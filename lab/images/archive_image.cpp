@@ -13,6 +13,9 @@ namespace {
 constexpr std::size_t kReadAtOnce = 64 * 1024;
 constexpr la_int64_t kTarBlock = 512;
 
+/// What an archive may have for each entry besides a file's bytes: headers, the rest of the last block.
+constexpr std::uintmax_t kOverheadOfEntry = 8 * 1024;
+
 struct FreeArchive {
   void operator()(archive* opened) const { ::archive_read_free(opened); }
 };
@@ -59,6 +62,8 @@ void LayEntry(DeviceLayout& layout, archive* opened, archive_entry* entry) {
   if (name == nullptr || *name == '\0') throw UnusableImage("has an entry without a name");
   const std::string path = DevicePathOf(name);
   if (const char* const original = ::archive_entry_hardlink(entry)) {
+    // It may come with bytes of its own, which are passed over, yet unpacked.
+    layout.RequireRoom(static_cast<std::uintmax_t>(::archive_entry_size(entry)));
     layout.AddHardLink(path, DevicePathOf(original));
     return;
   }
@@ -90,6 +95,13 @@ la_int64_t EndOfEntry(archive* opened) {
   return ::archive_filter_bytes(opened, 0);
 }
 
+/// However little an archive lays out, it cannot make its reader unpack without end.
+void RequireSmall(const ImageLimits& limits, la_int64_t unpacked) {
+  if (static_cast<std::uintmax_t>(unpacked) > limits.bytes + limits.entries * kOverheadOfEntry) {
+    throw UnusableImage("unpacks to more than a device has, most of which is no file of it");
+  }
+}
+
 }  // namespace
 
 void LayArchive(DeviceLayout& layout, int file) {
@@ -104,6 +116,7 @@ void LayArchive(DeviceLayout& layout, int file) {
     }
     LayEntry(layout, opened.get(), entry);
     end_of_entries = EndOfEntry(opened.get());
+    RequireSmall(layout.Limits(), end_of_entries);
   }
   // A plain archive that was cut between two entries differs from a whole one by the empty block at its end.
   if (::archive_filter_bytes(opened.get(), 0) < end_of_entries + kTarBlock) {

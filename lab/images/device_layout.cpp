@@ -14,6 +14,13 @@ namespace {
 
 constexpr std::string_view kRoot = "/";
 
+// What the kernel takes for a path, a name and the target of a link.
+constexpr std::size_t kLongestPath = 4095;
+constexpr std::size_t kLongestName = 255;
+
+/// Deeper than the folders of any device. Whoever walks through them has each of them open.
+constexpr std::size_t kDeepest = 100;
+
 /// "/etc" of "/etc/info.conf", "/" of "/etc".
 std::string_view ParentOf(std::string_view path) {
   const std::size_t slash = path.rfind('/');
@@ -34,6 +41,25 @@ void ForEachPart(std::string_view path, Visit visit) {
   }
 }
 
+void RequireLength(std::size_t size) {
+  if (size > kLongestPath) throw UnusableImage("has a path of " + std::to_string(size) + " bytes");
+}
+
+/// Requires a path that can be made. Those that cannot are named by their length alone.
+void RequirePossible(std::string_view path) {
+  RequireLength(path.size());
+  std::size_t depth = 0;
+  ForEachPart(path, [&](std::string_view part) {
+    if (part.size() > kLongestName) {
+      throw UnusableImage("has a name of " + std::to_string(part.size()) + " bytes");
+    }
+    ++depth;
+  });
+  if (depth > kDeepest) {
+    throw UnusableImage("is more than " + std::to_string(kDeepest) + " levels deep");
+  }
+}
+
 /// Whether a link at `path` points above the root folder on its way, by the names alone.
 bool LeadsOut(std::string_view path, std::string_view target) {
   int depth = 0;
@@ -50,6 +76,7 @@ bool LeadsOut(std::string_view path, std::string_view target) {
 }  // namespace
 
 std::string DevicePathOf(std::string_view name) {
+  RequireLength(name.size());
   if (name.starts_with('/')) throw UnusableImage("has an absolute path: " + std::string(name));
   if (name.find('\0') != std::string_view::npos) throw UnusableImage("has a path with a NUL");
   std::string path;
@@ -94,6 +121,7 @@ void DeviceLayout::AddLink(const std::string& path, const std::string& target) {
   Count(path);
   if (path == kRoot) throw UnusableImage("has a link in place of the root folder");
   if (target.empty()) throw UnusableImage("has a link to nothing: " + path);
+  if (target.size() > kLongestPath) throw UnusableImage("has a link that is too long: " + path);
   if (LeadsOut(path, target))
     throw UnusableImage("has a link that leads out of it: " + path + " -> " + target);
   EnterFolderOf(path);
@@ -125,12 +153,18 @@ void DeviceLayout::RequireRoom(std::uintmax_t size) const {
 }
 
 void DeviceLayout::Count(const std::string& path) {
-  if (++entries_ > limits_.entries) {
-    throw UnusableImage("holds more than " + std::to_string(limits_.entries) + " entries");
-  }
+  RequirePossible(path);
   const auto laid = laid_.find(path);
+  const bool is_counted = laid != laid_.end() && !laid->second.is_named;  // as a folder on the way
+  if (!is_counted) CountOne();
   if (laid != laid_.end() && laid->second.is_named && laid->second.layer == layer_) {
     throw UnusableImage("has two entries of one name: " + path);
+  }
+}
+
+void DeviceLayout::CountOne() {
+  if (++entries_ > limits_.entries) {
+    throw UnusableImage("holds more than " + std::to_string(limits_.entries) + " entries");
   }
 }
 
@@ -164,7 +198,10 @@ void DeviceLayout::EnterFolderOf(const std::string& path) {
     }
     folder_ = std::move(folder);
     folder_path_ = ParentOf(made);
-    if (laid == laid_.end()) MakeFolder(made, 0755, false);
+    if (laid == laid_.end()) {
+      CountOne();
+      MakeFolder(made, 0755, false);
+    }
     folder = Descriptor(
         ::openat(folder_.Get(), std::string(part).c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder.IsOpen() && (errno == ENOTDIR || errno == ELOOP)) throw OccupiedPlace(made);

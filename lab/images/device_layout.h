@@ -28,14 +28,14 @@ class OccupiedPlace : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// How much a device may hold.
+/// How much a device may hold. Folders count as entries whether an image names them or not.
 struct ImageLimits {
   std::uintmax_t bytes = std::uintmax_t{64} << 20;
   std::size_t entries = 20'000;
 };
 
 /// The device path of what an image calls `name`: "./etc//info.conf" is "/etc/info.conf", "." is "/". Throws
-/// UnusableImage for an absolute name and for one with "..".
+/// UnusableImage for an absolute name, for one with ".." and for one that is longer than any path.
 std::string DevicePathOf(std::string_view name);
 
 /// Lays a device out, entry by entry, in a private root, and keeps account of it. Whatever the entries are
@@ -63,6 +63,7 @@ class DeviceLayout {
   /// is refused where it is too large.
   std::uintmax_t Room() const { return limits_.bytes - bytes_; }
   void RequireRoom(std::uintmax_t size) const;
+  const ImageLimits& Limits() const { return limits_; }
 
  private:
   struct Laid {
@@ -72,6 +73,7 @@ class DeviceLayout {
   };
 
   void Count(const std::string& path);
+  void CountOne();
   bool Replaces(const std::string& path, Entry::Kind kind);
   void EnterFolderOf(const std::string& path);
   void MakeFolder(const std::string& path, mode_t mode, bool is_named);

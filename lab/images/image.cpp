@@ -35,4 +35,12 @@ void LayImage(DeviceLayout& layout, const std::filesystem::path& image) {
   }
 }
 
+PrivateRoot DeviceOf(const std::filesystem::path& image, const ImageLimits& limits) {
+  PrivateRoot device{PrivateRoot::Bare()};
+  DeviceLayout layout(device, limits);
+  LayImage(layout, image);
+  device.ProvideUsualDirectories();
+  return device;
+}
+
 }  // namespace lab

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "lab/images/device_layout.h"
+#include "lab/images/private_root.h"
 
 namespace lab {
 
@@ -13,6 +14,10 @@ namespace lab {
 /// torn, or holds what no backup of a device does: devices, FIFOs, names and links that lead out of it, two
 /// entries of one name, more than the layout has room for. Throws as DeviceLayout does.
 void LayImage(DeviceLayout& layout, const std::filesystem::path& image);
+
+/// A device of its own with what an image holds, and with the folders that every device has. Throws as
+/// LayImage.
+PrivateRoot DeviceOf(const std::filesystem::path& image, const ImageLimits& limits = {});
 
 // The two kinds, for LayImage. They throw UnusableImage without the image's name.
 

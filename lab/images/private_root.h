@@ -29,6 +29,9 @@ class PrivateRoot {
   /// What the open folder holds as a device. The folder is the caller's, who also removes it; such a root has
   /// no path.
   explicit PrivateRoot(Descriptor folder);
+  /// A device with nothing in it yet.
+  struct Bare {};
+  explicit PrivateRoot(Bare);
   PrivateRoot(PrivateRoot&& other) noexcept = default;
   PrivateRoot& operator=(PrivateRoot&&) = delete;
   PrivateRoot(const PrivateRoot&) = delete;
@@ -75,8 +78,6 @@ class PrivateRoot {
   const Tree& Provided() const { return provided_; }
 
  private:
-  struct Bare {};
-  explicit PrivateRoot(Bare);
   void ProvideParents(const std::string& device_path);
 
   std::filesystem::path path_;

@@ -165,6 +165,69 @@ TEST_F(ArchiveImages, MayHoldSoManyEntries) {
             "holds more than 2 entries");
 }
 
+/// Entries of types that an entry longer than a header's field needs before it: its name ('L') or target
+/// ('K').
+std::string WithLong(char type, const std::string& text, const std::string& entry) {
+  return TarEntry("././@LongLink", type, 0644, text + std::string(1, '\0')) + entry + TarEnd();
+}
+
+std::string WithName(const std::string& name) {
+  return WithLong('L', name, TarEntry("short", '0', 0644, ""));
+}
+
+std::string Folders(std::size_t count) {
+  std::string path;
+  while (count-- > 0) path += "a/";
+  return path;
+}
+
+TEST_F(ArchiveImages, NamesThatNoDeviceHasAreRefused) {
+  EXPECT_EQ(Refusal(Archive(WithName("etc/" + std::string(255, 'n')))), "usable");
+  EXPECT_EQ(Refusal(Archive(WithName("etc/" + std::string(256, 'n')))), "has a name of 256 bytes");
+  EXPECT_EQ(Refusal(Archive(WithName(Folders(99) + "f"))), "usable");
+  EXPECT_EQ(Refusal(Archive(WithName(Folders(100) + "f"))), "is more than 100 levels deep");
+  // Some hundred bytes when packed, and half a million folders.
+  EXPECT_EQ(Refusal(Archive(WithName(Folders(500'000)))), "has a path of 1000000 bytes");
+  EXPECT_EQ(Refusal(Archive(WithLong('K', std::string(4096, 't'), TarEntry("l", '2', 0777, "", "x")))),
+            "has a link that is too long: /l");
+  EXPECT_EQ(Refusal(Archive(WithLong('K', std::string(4095, 't'), TarEntry("l", '2', 0777, "", "x")))),
+            "usable");
+}
+
+TEST_F(ArchiveImages, FoldersCountWhetherNamedOrNot) {
+  limits_.entries = 3;
+  const std::string three = TarEntry("a/b/c", '0', 0644, "");
+  EXPECT_EQ(Refusal(Archive(three + TarEnd())), "usable");
+  EXPECT_EQ(Refusal(Archive(three + TarEntry("a", '5', 0755, "") + TarEnd())), "usable") << "counted before";
+  EXPECT_EQ(Refusal(Archive(three + TarEntry("d", '5', 0755, "") + TarEnd())), "holds more than 3 entries");
+  EXPECT_EQ(Refusal(Archive(TarEntry("a/b/c/d", '0', 0644, "") + TarEnd())), "holds more than 3 entries");
+}
+
+/// A header by which an archive counts as of the form in which a hard link may have bytes of its own.
+const std::string kPaxHeader = TarEntry("pax", 'x', 0644, "13 comment=a\n");
+
+TEST_F(ArchiveImages, HardLinksHaveNoRoomForBytes) {
+  limits_.bytes = 1000;
+  const auto with = [](std::size_t size) {
+    return TarEntry("a", '0', 0644, "x") + kPaxHeader +
+           TarEntry("b", '1', 0644, std::string(size, 'x'), "a") + TarEnd();
+  };
+  EXPECT_EQ(Refusal(Archive(with(0))), "usable");
+  EXPECT_EQ(Refusal(Archive(with(2000))), "holds more than 1000 bytes unpacked");
+}
+
+TEST_F(ArchiveImages, ThatUnpackToMoreThanTheirFilesAreRefused) {
+  limits_ = {.bytes = 1000, .entries = 2};
+  const auto with = [](std::size_t size) {
+    return TarEntry("pax", 'x', 0644,
+                    std::to_string(size) + " comment=" + std::string(size - 15, 'x') + "\n") +
+           TarEntry("a", '0', 0644, "x") + TarEnd();
+  };
+  EXPECT_EQ(Refusal(Archive(with(10'000))), "usable");
+  EXPECT_EQ(Refusal(Archive(with(20'000))),
+            "unpacks to more than a device has, most of which is no file of it");
+}
+
 TEST_F(ArchiveImages, TornOnesAreRefused) {
   const std::string whole = TarEntry("a", '0', 0644, std::string(700, 'a')) +
                             TarEntry("b", '0', 0644, std::string(700, 'b')) + TarEnd();

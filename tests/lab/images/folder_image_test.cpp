@@ -84,5 +84,14 @@ TEST_F(FolderImages, SparseGiantsCostNoMemory) {
   EXPECT_EQ(Refusal(Image()), "holds more than 67108864 bytes unpacked");
 }
 
+TEST_F(FolderImages, FoldersThatGoTooDeepAreRefused) {
+  fs::path deepest = Image();
+  for (int i = 0; i < 100; ++i) deepest /= "a";
+  fs::create_directories(deepest);
+  EXPECT_EQ(Refusal(Image()), "usable");
+  fs::create_directory(deepest / "a");
+  EXPECT_EQ(Refusal(Image()), "is more than 100 levels deep");
+}
+
 }  // namespace
 }  // namespace lab
