@@ -11,6 +11,7 @@
 #include "lab/fleets/pool.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/masks.h"
+#include "lab/reports/safe_text.h"
 
 namespace lab::fleets {
 namespace {
@@ -31,9 +32,10 @@ std::optional<Json::Value> ParseDocument(const std::string& text) {
 }
 
 std::string ValueText(const Json::Value& value, const std::string& member) {
-  if (value.isString())
-    return JsonText(IsSecretKey(member) && !value.asString().empty() ? kMask : value.asString());
   if (value.isObject() || value.isArray()) return value.isObject() ? "{...}" : "[...]";
+  const bool is_empty = value.isNull() || value.isBool() || (value.isString() && value.asString().empty());
+  if (IsSecretKey(member) && !is_empty) return JsonText(kMask);
+  if (value.isString()) return JsonText(value.asString());
   Json::StreamWriterBuilder writer;
   writer["indentation"] = "";
   return Json::writeString(writer, value);
@@ -63,7 +65,7 @@ class Comparison {
     if (was.isObject() && now.isObject()) {
       Members(path, was, now);
     } else if (was.isArray() && now.isArray()) {
-      Elements(path, was, now);
+      Elements(path, member, was, now);
     } else if (was != now) {
       differences_.push_back({path, ValueText(was, member), ValueText(now, member)});
     }
@@ -85,14 +87,15 @@ class Comparison {
     }
   }
 
-  void Elements(const std::string& path, const Json::Value& was, const Json::Value& now) {
+  void Elements(const std::string& path, const std::string& member, const Json::Value& was,
+                const Json::Value& now) {
     for (Json::ArrayIndex i = 0; i < std::max(was.size(), now.size()); ++i) {
       const std::string element_path = path + "[" + std::to_string(i) + "]";
       if (i < was.size() && i < now.size()) {
-        Values(element_path, "", was[i], now[i]);
+        Values(element_path, member, was[i], now[i]);
       } else {
-        differences_.push_back({element_path, i < was.size() ? ValueText(was[i], "") : "",
-                                i < now.size() ? ValueText(now[i], "") : ""});
+        differences_.push_back({element_path, i < was.size() ? ValueText(was[i], member) : "",
+                                i < now.size() ? ValueText(now[i], member) : ""});
       }
     }
   }
@@ -188,26 +191,33 @@ bool CompareFleet(const FleetOptions& options, const std::filesystem::path& old_
   bool is_whole = true;
   const auto complain = [&](const std::string& text) {
     is_whole = false;
-    messages << "devicelab: " << text << std::endl;
+    messages << "devicelab: " << PrintableLine(text) << std::endl;
   };
+  RequireOverlays(options.rehearsal);
   DeviceQueue queue(options.images, options.from, complain);
   RehearsalOptions old_options = options.rehearsal;
   old_options.program = old_program;
   RehearsalOptions new_options = options.rehearsal;
   new_options.program = new_program;
   const PoolTasks tasks{
-      .work =
-          [&](const DeviceSource& source) {
-            // One after the other in the same place, so that nothing but the program differs.
-            RunResult old_run;
-            RunResult new_run;
-            const Record old_record = DeviceRehearsal(old_options).Rehearse(source, old_run);
-            const Record new_record = DeviceRehearsal(new_options).Rehearse(source, new_run);
-            return PackDevice(
-                {old_record.image, old_record.from, Compare(old_record, old_run, new_record, new_run)});
-          },
+      .work = [&](const DeviceSource& source) -> Message {
+        // One after the other in the same place, so that nothing but the program differs.
+        RunResult old_run;
+        RunResult new_run;
+        const Record old_record = DeviceRehearsal(old_options).Rehearse(source, old_run);
+        const Record new_record = DeviceRehearsal(new_options).Rehearse(source, new_run);
+        if (old_record.outcome == Outcome::UnusableImage && new_record.outcome == Outcome::UnusableImage) {
+          return {new_record.error};
+        }
+        return PackDevice(
+            {old_record.image, old_record.from, Compare(old_record, old_run, new_record, new_run)});
+      },
       .is_wanted = [](const DeviceSource&) { return true; },
-      .deliver = [&](const DeviceSource&, const Message& answer) { tell(UnpackDevice(answer)); },
+      .deliver =
+          [&](const DeviceSource&, const Message& answer) {
+            // Nothing was found out about a device that neither program could be tried on.
+            answer.size() == 1 ? complain(answer.front()) : tell(UnpackDevice(answer));
+          },
       .give_up = [&](const DeviceSource& source,
                      const std::string& reason) { complain(source.image + ": " + reason); },
       .tick = [] {},

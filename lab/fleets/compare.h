@@ -36,7 +36,8 @@ struct ComparedDevice {
 };
 
 /// Runs both programs on each device; options as of a fleet, without the output. Calls `tell` with each
-/// device, as soon as it is known. Gives whether all were compared. Throws as RehearseFleet does.
+/// device, as soon as it is known. Gives whether all were compared: an image that neither program can be
+/// tried on is not. Throws as RehearseFleet does.
 bool CompareFleet(const FleetOptions& options, const std::filesystem::path& old_program,
                   const std::filesystem::path& new_program,
                   const std::function<void(const ComparedDevice&)>& tell, std::ostream& messages);

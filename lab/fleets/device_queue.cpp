@@ -19,7 +19,9 @@ constexpr std::size_t kLongestLine = std::size_t{16} << 20;
 Descriptor OpenList(const std::string& name) {
   if (name == "-")
     return Descriptor(Checked(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3), "read", "standard input"));
-  return Descriptor(Checked(::open(name.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC), "open the list", name));
+  // Without O_NONBLOCK the list that a FIFO is would be waited for here, where no signal ends it.
+  return Descriptor(
+      Checked(::open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC), "open the list", name));
 }
 
 bool IsReadable(const Descriptor& list) {
@@ -67,10 +69,12 @@ DeviceQueue::State DeviceQueue::Look() {
     } else {
       read_.erase(0, std::exchange(place_, 0));
       const std::size_t had = read_.size();
-      if (had > kLongestLine) throw std::runtime_error(list_name_ + ": a line is longer than 16 MiB");
+      if (had > kLongestLine)
+        throw std::runtime_error(NameOfLine(line_number_ + 1) + ": is longer than 16 MiB");
       read_.resize(had + kReadAtOnce);
       const ssize_t taken = ::read(list_.Get(), read_.data() + had, kReadAtOnce);
       read_.resize(had + static_cast<std::size_t>(std::max<ssize_t>(taken, 0)));
+      if (taken < 0 && errno == EAGAIN) return State::Waiting;
       if (taken < 0 && errno != EINTR) ThrowErrno("read the list", list_name_);
       list_ended_ = taken == 0;
     }
@@ -120,9 +124,12 @@ void DeviceQueue::ParseLine(const std::string& line) {
   try {
     next_ = ParseListLine(line, list_folder_, from_);
   } catch (const std::invalid_argument& error) {
-    complain_((list_name_ == "-" ? "standard input" : list_name_) + ":" + std::to_string(line_number_) +
-              ": " + error.what());
+    complain_(NameOfLine(line_number_) + ": " + error.what());
   }
+}
+
+std::string DeviceQueue::NameOfLine(std::size_t number) const {
+  return (list_name_ == "-" ? "standard input" : list_name_) + ":" + std::to_string(number);
 }
 
 }  // namespace lab::fleets

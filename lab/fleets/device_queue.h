@@ -36,6 +36,7 @@ class DeviceQueue {
   void OpenNext();
   void TakeLine();
   void ParseLine(const std::string& line);
+  std::string NameOfLine(std::size_t number) const;
 
   std::vector<std::string> images_;
   std::string from_;

@@ -1,6 +1,7 @@
 #include "lab/fleets/device_rehearsal.h"
 
 #include <json/writer.h>
+#include <syslog.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -11,10 +12,10 @@
 #include "lab/fleets/json_text.h"
 #include "lab/images/boot_overlay.h"
 #include "lab/images/image.h"
+#include "lab/messages/message_kinds.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
-#include "lab/reports/masks.h"
 
 namespace lab::fleets {
 namespace {
@@ -24,6 +25,13 @@ constexpr std::string_view kArchiveFolder = "/usr/kelp/etc/wifi/legacy/";
 
 /// What a run may write beside what its image holds.
 constexpr std::uintmax_t kRoomToWrite = std::uintmax_t{64} << 20;
+
+/// How many bytes of standard error and of the log's texts a record has.
+constexpr std::size_t kKeptOfError = std::size_t{64} << 10;
+constexpr std::size_t kKeptOfLog = std::size_t{256} << 10;
+
+/// The most that a file, a link or a folder takes besides its bytes: a page that is not full.
+constexpr std::uintmax_t kRoomOfEntry = 4096;
 
 std::string_view NameOf(std::string_view path) {
   return path.substr(path.rfind('/') + 1);
@@ -69,6 +77,40 @@ std::string HouseholdOf(const DeviceSource& source, const RunResult& run) {
   return Json::writeString(writer, ToJson(Tell(source.image, source.from, run, discretion)));
 }
 
+/// Whether a line is one of the messages that tell no value.
+bool IsFixed(const NumberedLine& line) {
+  const MessageKind* const kind = FindMessageKind(line.number);
+  return kind != nullptr && line.text == kind->format;
+}
+
+/// Masks the household's secrets, stored and plain, in what the program said.
+void MaskSecrets(Record& record, const RunResult& run) {
+  // To learn them costs something, and most devices say nothing that could hold one.
+  if (record.error.empty() && std::ranges::all_of(record.log, IsFixed)) return;
+  Discretion discretion({}, run.before);
+  discretion.Learn(run.after);
+  record.error = discretion.Text(record.error);
+  for (NumberedLine& line : record.log) line.text = discretion.LogText(line);
+}
+
+/// Leaves of what a program gone wild said as much as anybody reads.
+void Shorten(Record& record) {
+  if (record.error.size() > kKeptOfError) {
+    const std::size_t more = record.error.size() - kKeptOfError;
+    record.error.resize(kKeptOfError);
+    record.error += "\n(" + std::to_string(more) + " bytes more)";
+  }
+  std::size_t size = 0;
+  const auto end = std::ranges::find_if(record.log, [&](const NumberedLine& line) {
+    size += line.text.size();
+    return size > kKeptOfLog;
+  });
+  if (end == record.log.end()) return;
+  const auto more = record.log.end() - end;
+  record.log.erase(end, record.log.end());
+  record.log.push_back({0, LOG_NOTICE, "(" + std::to_string(more) + " lines more)"});
+}
+
 /// Whether an error tells of the host, and not of what an image has where a run needs something else.
 bool IsOfTheHost(const std::system_error& error) {
   const int number = error.code().value();
@@ -83,6 +125,10 @@ std::string ListedPath(const std::string& path) {
 
 }  // namespace
 
+void RequireOverlays(const RehearsalOptions& options) {
+  for (const std::filesystem::path& overlay : options.overlays) DeviceOf(overlay, options.image_limits);
+}
+
 Record DeviceRehearsal::Rehearse(const DeviceSource& source) {
   RunResult run;
   return Rehearse(source, run);
@@ -94,21 +140,17 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   record.from = Utf8Text(source.from);
   try {
     LayOnWorkbench(source);
+    run = bench_->Run({"--update-config", source.from}, options_.limit);
   } catch (const UnusableImage& error) {
     record.error = error.what();
     ClearWorkbench();
     return record;
-  }
-  const auto start = std::chrono::steady_clock::now();
-  try {
-    run = bench_->Run({"--update-config", source.from}, options_.limit);
   } catch (const std::system_error& error) {
     bench_.reset();
     if (IsOfTheHost(error)) throw;
-    record.error = source.image + " cannot be run: " + error.what();
+    record.error = source.image + " cannot be rehearsed: " + error.what();
     return record;
   }
-  const auto time = std::chrono::steady_clock::now() - start;
   ClearWorkbench();
 
   Verdict verdict = Judge(run);
@@ -117,11 +159,12 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   if (run.signal != 0) record.signal = run.signal;
   record.error = std::move(verdict.error);
   record.log = std::move(verdict.log);
-  for (NumberedLine& line : record.log) line.text = MaskedLogText(line);
+  MaskSecrets(record, run);
+  Shorten(record);
   record.documents = DocumentsOf(run);
   record.archived = ArchivedOf(run);
   record.findings = FindingsOf(run);
-  record.milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
+  record.milliseconds = run.duration.count();
   if (options_.with_household) record.household = HouseholdOf(source, run);
   return record;
 }
@@ -164,8 +207,9 @@ void DeviceRehearsal::ClearWorkbench() {
 
 void DeviceRehearsal::MakeWorkbench(Workbench::Fittings fittings) {
   bench_.reset();
-  bench_ =
-      std::make_unique<Workbench>(options_.program, options_.image_limits.bytes + kRoomToWrite, fittings);
+  const ImageLimits& limits = options_.image_limits;
+  bench_ = std::make_unique<Workbench>(options_.program,
+                                       limits.bytes + limits.entries * kRoomOfEntry + kRoomToWrite, fittings);
 }
 
 }  // namespace lab::fleets

@@ -25,6 +25,10 @@ struct RehearsalOptions {
   bool with_household = false;
 };
 
+/// Requires overlays that can be laid out: with one that cannot, every device would count as unusable. Throws
+/// UnusableImage.
+void RequireOverlays(const RehearsalOptions& options);
+
 /// Rehearses device after device in a process of its own (ForkSealed).
 class DeviceRehearsal {
  public:

@@ -13,16 +13,23 @@ namespace {
 Json::Value Parse(std::string_view line) {
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
+  builder["strictRoot"] = false;  // what is JSON, yet no object, is to be told as that
   const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
   Json::Value value;
+  bool is_json = false;
   try {
-    if (!reader->parse(line.data(), line.data() + line.size(), &value, nullptr)) value = Json::Value();
+    is_json = reader->parse(line.data(), line.data() + line.size(), &value, nullptr);
   } catch (const Json::Exception&) {
-    value = Json::Value();  // nested too deep
+    // nested too deep
   }
-  if (value.isNull()) throw std::invalid_argument("is no JSON");
+  if (!is_json) throw std::invalid_argument("is no JSON");
   if (!value.isObject()) throw std::invalid_argument("is no JSON object");
   return value;
+}
+
+/// Paths and arguments end at a NUL, whatever stands behind it.
+bool HasNul(const std::string& text) {
+  return text.find('\0') != std::string::npos;
 }
 
 std::map<std::string, std::string> Texts(const Json::Value& value, const std::string& name) {
@@ -36,7 +43,7 @@ std::map<std::string, std::string> Texts(const Json::Value& value, const std::st
 }
 
 std::string BuildNumber(const Json::Value& value) {
-  if (value.isString()) return value.asString();
+  if (value.isString() && !HasNul(value.asString())) return value.asString();
   if (value.isInt64()) return std::to_string(value.asInt64());
   throw std::invalid_argument("\"from\" is neither a text nor a whole number");
 }
@@ -59,7 +66,9 @@ DeviceSource ParseListLine(std::string_view line, const std::filesystem::path& f
   for (const std::string& name : json.getMemberNames()) {
     const Json::Value& value = json[name];
     if (name == "image") {
-      if (!value.isString() || value.asString().empty()) throw std::invalid_argument("\"image\" is no path");
+      if (!value.isString() || value.asString().empty() || HasNul(value.asString())) {
+        throw std::invalid_argument("\"image\" is no path");
+      }
       source.image = (folder / value.asString()).lexically_normal().native();
     } else if (name == "from") {
       source.from = BuildNumber(value);

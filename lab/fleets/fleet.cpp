@@ -13,6 +13,7 @@
 #include "lab/fleets/pool.h"
 #include "lab/fleets/progress.h"
 #include "lab/fleets/record_file.h"
+#include "lab/reports/safe_text.h"
 
 namespace lab::fleets {
 namespace {
@@ -76,7 +77,7 @@ class Fleet {
   void Complain(const std::string& text) {
     is_whole_ = false;
     progress_.End();
-    messages_ << "devicelab: " << text << std::endl;
+    messages_ << "devicelab: " << PrintableLine(text) << std::endl;
   }
 
   void Show() {
@@ -108,6 +109,7 @@ void RequireKnown(const std::set<std::string>& fail_on) {
 }
 
 bool RehearseFleet(const FleetOptions& options, std::ostream& messages, bool is_terminal) {
+  RequireOverlays(options.rehearsal);
   return Fleet(options, messages, is_terminal).Run();
 }
 

@@ -19,11 +19,16 @@ constexpr int kTickMilliseconds = 500;
 /// So many devices in a row given up tell of the host.
 constexpr int kGivenUpInARow = 5;
 
-/// A descriptor that becomes readable when one of the signals comes that end a command.
+/// A descriptor that becomes readable when one of the signals comes that end a command; those that it was
+/// started to ignore, as by nohup(1), are not among them.
 Descriptor WatchSignals() {
   sigset_t signals;
   ::sigemptyset(&signals);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaddset(&signals, signal);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    ::sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) ::sigaddset(&signals, signal);
+  }
   ::sigprocmask(SIG_BLOCK, &signals, nullptr);
   return Descriptor(Checked(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK), "watch", "signals"));
 }

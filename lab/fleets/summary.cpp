@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
+#include <stdexcept>
 #include <string_view>
 
 #include "lab/fleets/key_set.h"
@@ -77,6 +79,17 @@ void AddLog(Summary& summary, const Record& record) {
   }
 }
 
+Descriptor OpenRecords(const std::filesystem::path& path) {
+  Descriptor file(
+      Checked(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC), "open", path.native()));
+  struct stat status {};
+  Checked(::fstat(file.Get(), &status), "examine", path.native());
+  if (!S_ISREG(status.st_mode)) {
+    throw std::runtime_error(path.native() + " is no regular file: records are read more than once");
+  }
+  return file;
+}
+
 }  // namespace
 
 std::string CauseOf(const Record& record) {
@@ -128,28 +141,26 @@ void ForEachRecord(const std::vector<std::filesystem::path>& files,
     std::uint64_t place;
   };
   std::vector<Place> places;
-  const auto open = [](const std::filesystem::path& path) {
-    return Descriptor(Checked(::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC), "open", path.native()));
-  };
   for (std::uint32_t number = 0; number < files.size(); ++number) {
     const std::string& name = files[number].native();
     std::size_t line_number = 0;
-    ForEachLine(open(files[number]).Get(), name, [&](std::string_view line, std::uintmax_t place, bool) {
-      ++line_number;
-      const auto record = ParseRecord(line);
-      if (record) {
-        places.push_back({KeyOf(record->image, record->from), number, place});
-      } else {
-        complain(name + ":" + std::to_string(line_number) + " is no record of a fleet");
-      }
-    });
+    ForEachLine(OpenRecords(files[number]).Get(), name,
+                [&](std::string_view line, std::uintmax_t place, bool) {
+                  ++line_number;
+                  const auto record = ParseRecord(line);
+                  if (record) {
+                    places.push_back({KeyOf(record->image, record->from), number, place});
+                  } else {
+                    complain(name + ":" + std::to_string(line_number) + " is no record of a fleet");
+                  }
+                });
   }
   KeySet seen;
   std::vector<bool> counts(places.size());
   for (std::size_t i = places.size(); i-- > 0;) counts[i] = seen.Insert(places[i].key);
   std::size_t next = 0;
   for (std::uint32_t number = 0; number < files.size(); ++number) {
-    ForEachLine(open(files[number]).Get(), files[number].native(),
+    ForEachLine(OpenRecords(files[number]).Get(), files[number].native(),
                 [&](std::string_view line, std::uintmax_t place, bool) {
                   if (next == places.size() || places[next].file != number || places[next].place != place)
                     return;

@@ -46,8 +46,8 @@ void AddRecord(Summary& summary, const Record& record);
 std::string CauseOf(const Record& record);
 
 /// Calls `visit` with the records of all the files, in order. Of a device that has several only the last
-/// counts. Lines that are no records are left out, and `complain` is told of them. Throws std::system_error
-/// where a file cannot be read.
+/// counts. Lines that are no records are left out, and `complain` is told of them. Throws std::runtime_error
+/// where a file cannot be read, or not twice.
 void ForEachRecord(const std::vector<std::filesystem::path>& files,
                    const std::function<void(Record&&)>& visit,
                    const std::function<void(const std::string&)>& complain);

@@ -79,4 +79,8 @@ bool DrainUntilEnd(const Descriptor& process, ProgramOutput& out, ProgramOutput&
   }
 }
 
+std::chrono::milliseconds TimeSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
 }  // namespace lab

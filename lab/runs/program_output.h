@@ -37,4 +37,6 @@ class ProgramOutput {
 bool DrainUntilEnd(const Descriptor& process, ProgramOutput& out, ProgramOutput& err, LogCollector* log,
                    std::chrono::steady_clock::time_point deadline);
 
+std::chrono::milliseconds TimeSince(std::chrono::steady_clock::time_point start);
+
 }  // namespace lab

@@ -109,9 +109,10 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
     report.starting.Close();
     const auto file_systems = AwaitStart(report.waiting);
 
+    const auto start = std::chrono::steady_clock::now();
     LogCollector* const drained = log && !options.stuck_log ? &*log : nullptr;
-    result.timed_out =
-        !DrainUntilEnd(process, out, err, drained, std::chrono::steady_clock::now() + options.timeout);
+    result.timed_out = !DrainUntilEnd(process, out, err, drained, start + options.timeout);
+    result.duration = TimeSince(start);
     const int status = child.End();
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;

@@ -88,6 +88,8 @@ struct RunResult {
   /// The signal that ended the program, or 0.
   int signal = 0;
   bool timed_out = false;
+  /// From the program's start to its end.
+  std::chrono::milliseconds duration{0};
   /// Empty unless the console was collected.
   std::string out;
   std::string err;

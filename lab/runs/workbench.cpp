@@ -162,6 +162,7 @@ RunResult Workbench::Run(const std::vector<std::string>& arguments, std::chrono:
     LogCollector log(*device_);
     ProgramOutput out(Console::Collected);
     ProgramOutput err(Console::Collected);
+    const auto start = std::chrono::steady_clock::now();
     pid_t pid = -1;
     {
       const SpawnSettings settings(empty_.Get(), out.WritingEnd(), err.WritingEnd());
@@ -172,7 +173,8 @@ RunResult Workbench::Run(const std::vector<std::string>& arguments, std::chrono:
         static_cast<int>(Checked(::syscall(SYS_pidfd_open, pid, 0), "watch", "the program")));
     out.CloseWritingEnd();
     err.CloseWritingEnd();
-    result.timed_out = !DrainUntilEnd(process, out, err, &log, std::chrono::steady_clock::now() + limit);
+    result.timed_out = !DrainUntilEnd(process, out, err, &log, start + limit);
+    result.duration = TimeSince(start);
     const int status = KillAll(pid);
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;

@@ -52,7 +52,11 @@ TEST(ListLines, ThatNameNoneAreRefused) {
   EXPECT_EQ(Refusal("no json"), "is no JSON");
   EXPECT_EQ(Refusal("{\"image\":\"a\""), "is no JSON");
   EXPECT_EQ(Refusal(std::string(100'000, '[')), "is no JSON");
-  EXPECT_EQ(Refusal("[]"), "is no JSON object");
+  for (const char* json : {"[]", "null", "1", "\"a\""}) EXPECT_EQ(Refusal(json), "is no JSON object") << json;
+  EXPECT_EQ(Refusal("{\"image\":\"a\",\"image\":\"b\"}"), "is no JSON");
+  EXPECT_EQ(Refusal("{\"image\":\"a\\u0000b\"}"), "\"image\" is no path");
+  EXPECT_EQ(Refusal("{\"image\":\"a\",\"from\":\"8\\u00000\"}"),
+            "\"from\" is neither a text nor a whole number");
   EXPECT_EQ(Refusal("{}"), "has no \"image\"");
   EXPECT_EQ(Refusal("{\"image\":1}"), "\"image\" is no path");
   EXPECT_EQ(Refusal("{\"image\":\"\"}"), "\"image\" is no path");
@@ -132,6 +136,30 @@ TEST_F(Queues, DoNotWaitForALineThatHasNotCome) {
   EXPECT_THAT(Images(queue), ElementsAre("/b", "..."));
   ::close(writing);
   EXPECT_THAT(Images(queue), ElementsAre());
+}
+
+TEST_F(Queues, DoNotWaitForWhoWritesAList) {
+  const std::filesystem::path fifo = folder_ / "fifo";
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  DeviceQueue queue = Queue({"@" + fifo.native()});
+  EXPECT_THAT(Images(queue), ElementsAre("..."));
+  const int writing = ::open(fifo.c_str(), O_WRONLY | O_CLOEXEC);
+  EXPECT_THAT(Images(queue), ElementsAre("..."));
+  ASSERT_EQ(::write(writing, "{\"image\":\"/a\"}", 14), 14);
+  ::close(writing);
+  EXPECT_THAT(Images(queue), ElementsAre("/a"));
+}
+
+TEST_F(Queues, NameALineThatIsTooLong) {
+  DeviceQueue queue = Queue({List("{\"image\":\"/a\"}\n" + std::string(std::size_t{17} << 20, 'x'))});
+  queue.Look();
+  queue.Take();
+  try {
+    queue.Look();
+    FAIL() << "taken";
+  } catch (const std::runtime_error& error) {
+    EXPECT_EQ(error.what(), InFolder("list") + ":2: is longer than 16 MiB");
+  }
 }
 
 TEST_F(Queues, FailForAListThatIsNotThere) {

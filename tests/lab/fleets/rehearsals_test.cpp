@@ -117,6 +117,41 @@ TEST_F(Rehearsals, MaskWhatWasStored) {
   EXPECT_THAT(record.findings, Contains("password-lost"));
 }
 
+TEST_F(Rehearsals, MaskWhatAProgramMayTell) {
+  options_.program = TEST_PROGRAM;
+  const Record record =
+      Rehearse({kSample, "tell", {{"/usr/kelp/etc/wifi/wifi_wps", "wps_ap_pin=12345670\n"}}, {}});
+  EXPECT_EQ(record.outcome, Outcome::Failed);
+  EXPECT_EQ(record.error, "wrong: wps_ap_pin=********");
+  EXPECT_THAT(record.log, ElementsAre(NumberedLine{999, 3, "wrong: wps_ap_pin=********\n"}));
+}
+
+TEST_F(Rehearsals, KeepTheStartOfWhatAProgramSaysWithoutEnd) {
+  options_.program = TEST_PROGRAM;
+  options_.limit = std::chrono::milliseconds(300);
+  const Record record = Rehearse({kSample, "wild", {}, {}});
+  EXPECT_EQ(record.outcome, Outcome::TimedOut);
+  EXPECT_LT(RecordLine(record).size(), 600'000U);
+  EXPECT_GT(record.log.size(), 1U);
+  EXPECT_THAT(record.log.back().text, ::testing::MatchesRegex("\\([0-9]+ lines more\\)"));
+}
+
+TEST_F(Rehearsals, HaveRoomForManySmallFiles) {
+  std::string archive;
+  for (int i = 0; i < 18'000; ++i) archive += TarEntry("f" + std::to_string(i), '0', 0644, "x");
+  folder_.Write("a.tar", archive + TarEnd());
+  options_.image_limits.bytes = 20'000;
+  EXPECT_EQ(Rehearse({(folder_ / "a.tar").native(), "8000", {}, {}}).outcome, Outcome::IncompleteImage);
+}
+
+TEST_F(Rehearsals, NeedOverlaysThatCanBeLaidOut) {
+  folder_.Write("overlay/etc/x", "x");
+  options_.overlays = {folder_ / "overlay"};
+  EXPECT_NO_THROW(RequireOverlays(options_));
+  options_.overlays.push_back(folder_ / "none");
+  EXPECT_THROW(RequireOverlays(options_), UnusableImage);
+}
+
 TEST(Workers, TellWhatFailed) {
   Worker worker([](const Message& message) -> Message {
     if (message.at(0) == "throw") throw std::runtime_error("thrown there");
@@ -163,6 +198,13 @@ TEST(Comparisons, GoSettingBySetting) {
               ElementsAre("network.json.default.password: \"********\" -> \"********\""));
   EXPECT_THAT(compare("{\"password\":\"old\"}", "{\"password\":\"\"}"),
               ElementsAre("network.json.default.password: \"********\" -> \"\""));
+  EXPECT_THAT(compare("{\"pin\":1234}", "{\"pin\":5678}"),
+              ElementsAre("network.json.default.pin: \"********\" -> \"********\""));
+  EXPECT_THAT(compare("{\"passwords\":[\"old\"]}", "{\"passwords\":[\"new\",\"more\"]}"),
+              ElementsAre("network.json.default.passwords[0]: \"********\" -> \"********\"",
+                          "network.json.default.passwords[1]:  -> \"********\""));
+  EXPECT_THAT(compare("{\"password\":false}", "{\"password\":true}"),
+              ElementsAre("network.json.default.password: false -> true"));
   EXPECT_THAT(compare("{}", "{"), ElementsAre("network.json.default: JSON -> no JSON"));
 }
 

@@ -159,10 +159,21 @@ int OpenStreams(const Arguments& arguments) {
   return Write({arguments.at(0), open_streams});
 }
 
+/// Says and logs what a file holds, and fails.
+int Tell(const std::string& path) {
+  std::ifstream file(path);
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  std::cerr << "wrong: " << text;
+  syslog(LOG_ERR, "kelpwifiupdater:999 wrong: %s", text.c_str());
+  return 1;
+}
+
 /// Behaves like an updater.
 int Update(const Arguments& arguments) {
   if (arguments.at(0) == "crash") return Kill({std::to_string(SIGSEGV)});
   if (arguments.at(0).starts_with("hang")) return Sleep({});
+  if (arguments.at(0) == "wild") return SayForever({});
+  if (arguments.at(0) == "tell") return Tell("/usr/kelp/etc/wifi/wifi_wps");
   if (arguments.at(0).starts_with("fork")) {
     while (true) {
       if (fork() == 0) setsid();
