@@ -104,6 +104,7 @@ int SweepAsAsked(int argument_count, char* arguments[]) {
                "begin with old documents in place, and beside them what an interrupted run left");
   CLI11_PARSE(app, argument_count, arguments);
   EnterNamespaces();
+  KeepTemporaryFilesToThisProcess();
   return Sweep(request, arguments[0]) ? 0 : 1;
 }
 

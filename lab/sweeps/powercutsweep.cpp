@@ -244,6 +244,7 @@ int SweepAsAsked(int argument_count, char* arguments[]) {
       "begin with what an interrupted run left: half documents under their temporary names, an archive");
   CLI11_PARSE(app, argument_count, arguments);
   EnterNamespaces();
+  KeepTemporaryFilesToThisProcess();
   Device device = ReadDevice(request.subject.image, request.subject.build_number);
   const Programs programs = Programs::BesideThisOne(request.program);
   if (request.old_documents) device = WithOldDocuments(device, programs);
