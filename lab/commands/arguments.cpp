@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cstdint>
 #include <stdexcept>
 
 #include "lab/images/namespaces.h"
@@ -10,12 +11,22 @@ namespace lab::commands {
 
 namespace fs = std::filesystem;
 
+void AddImageArguments(CLI::App& command, ImageArguments& arguments) {
+  command.add_option("--max-megabytes", arguments.megabytes, "How much an image may hold, unpacked")
+      ->check(CLI::Range(1U, 65536U))
+      ->capture_default_str();
+  command
+      .add_option("--max-entries", arguments.entries, "How many files, folders and links an image may hold")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{100'000'000}))
+      ->capture_default_str();
+}
+
+ImageLimits ToImageLimits(const ImageArguments& arguments) {
+  return {std::uintmax_t{arguments.megabytes} << 20U, arguments.entries};
+}
+
 void RequireImage(const fs::path& image) {
   if (!fs::exists(image)) throw std::runtime_error("there is no device image " + image.native());
-  if (!fs::is_directory(image)) {
-    throw std::runtime_error(image.native() +
-                             " is no device image: that is a folder with a device's files in it");
-  }
 }
 
 fs::path ProgramToRun(const fs::path& named) {

@@ -9,6 +9,7 @@
 
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
+#include "lab/reports/safe_text.h"
 
 namespace {
 
@@ -43,7 +44,11 @@ int RunCommand(int argument_count, char* arguments[]) {
   lab::commands::AddBootEnvironment(app, actions);
 
   RequireCommand(app, argument_count, arguments);
-  CLI11_PARSE(app, argument_count, arguments);
+  try {
+    app.parse(argument_count, arguments);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : lab::commands::kNotDone;
+  }
   return actions.at(app.get_subcommands().front())();
 }
 
@@ -52,10 +57,12 @@ int RunCommand(int argument_count, char* arguments[]) {
 int main(int argument_count, char* arguments[]) {
   try {
     const int status = RunCommand(argument_count, arguments);
-    if (!std::cout.flush()) throw std::runtime_error("cannot print all that there is to say");
+    // Who ends with kNotDone has said why.
+    if (status != lab::commands::kNotDone && !std::cout.flush())
+      throw std::runtime_error("cannot print all that there is to say");
     return status;
   } catch (const std::exception& error) {
-    std::cerr << "devicelab: " << error.what() << '\n';
+    std::cerr << "devicelab: " << lab::Printable(error.what()) << '\n';
     return 1;
   }
 }

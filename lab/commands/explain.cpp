@@ -10,26 +10,40 @@
 #include "lab/commands/command.h"
 #include "lab/experiments/effects.h"
 #include "lab/experiments/inputs.h"
-#include "lab/images/tree.h"
+#include "lab/images/image.h"
 #include "lab/reports/effects_text.h"
+#include "lab/runs/outcome.h"
+#include "lab/runs/program_run.h"
 
 namespace lab::commands {
 namespace {
 
 struct Request {
   std::filesystem::path image;
+  ImageArguments limits;
   std::string build;
   std::string member;
   std::filesystem::path program;
 };
 
+/// Of a device that is not migrated most entries have no effect, and that is to be known.
+void TellHowItEnds(const Request& request, const std::filesystem::path& program) {
+  PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
+  const Outcome outcome = Judge(RunProgram(device, program, {"--update-config", request.build})).outcome;
+  if (outcome == Outcome::Migrated || outcome == Outcome::MigratedWithFallbacks) return;
+  std::cerr << "devicelab: the update of this device ends as " << OutcomeName(outcome)
+            << ", so that what only a migration reads has no effect\n";
+}
+
 int Explain(const Request& request) {
   RequireImage(request.image);
   const std::filesystem::path program = ProgramToRun(request.program);
   BecomeRunner();
-  const std::vector<Input> inputs = InputsOf(ReadTree(request.image));
+  TellHowItEnds(request, program);
+  const PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
+  const std::vector<Input> inputs = InputsOf(device.Snapshot());
   const unsigned workers = std::max(1U, std::thread::hardware_concurrency());
-  PrintEffects(std::cout, FindEffects(request.image, inputs, program, request.build, workers),
+  PrintEffects(std::cout, FindEffects(device.Path(), inputs, program, request.build, workers),
                request.member);
   return 0;
 }
@@ -40,10 +54,10 @@ void AddExplain(CLI::App& app, Actions& actions) {
   CLI::App* const explain = app.add_subcommand(
       "explain", "Tell where values come from: change each entry of a device in turn and see what moves");
   const auto request = std::make_shared<Request>();
-  explain->add_option("IMAGE", request->image, "A folder that mirrors the device's files; it is only read")
-      ->required();
+  explain->add_option("IMAGE", request->image, kImageHelp)->required();
   explain->add_option("--from", request->build, "The build number that the device had before")->required();
   explain->add_option("MEMBER", request->member, "Only what moves members with this in their path");
+  AddImageArguments(*explain, request->limits);
   explain->add_option("--program", request->program, "The program, if not the one beside devicelab");
   actions[explain] = [request] { return Explain(*request); };
 }

@@ -68,6 +68,7 @@ void AddFleet(CLI::App& app, Actions& actions) {
       ->required();
   fleet->add_option("--fail-on", request->fail_on, "Outcomes and findings that give exit status 1, or none")
       ->delimiter(',')
+      ->allow_extra_args(false)
       ->capture_default_str();
   fleet->add_flag("--details", request->with_household,
                   "Add the household before and after to each line, as \"run --json\" prints it");

@@ -1,10 +1,13 @@
 #include "lab/commands/fleet_arguments.h"
 
 #include <chrono>
+#include <cmath>
 #include <exception>
 #include <iostream>
-#include <limits>
+#include <stdexcept>
 #include <thread>
+
+#include "lab/reports/safe_text.h"
 
 namespace lab::commands {
 
@@ -18,7 +21,8 @@ void AddFleetArguments(CLI::App& command, FleetArguments& arguments) {
           "\"files\": {DEVICE_PATH: TEXT}, \"boot\": {NAME: VALUE}}, all but image optional")
       ->required();
   command.add_option("--from", arguments.from, "The build number that the devices had before")->required();
-  command.add_option("--overlay", arguments.overlays, "A folder or archive that is laid over every image");
+  command.add_option("--overlay", arguments.overlays, "A folder or archive that is laid over every image")
+      ->allow_extra_args(false);
   command.add_option("--jobs", arguments.jobs, "How many devices at a time")
       ->check(CLI::Range(1U, 1024U))
       ->capture_default_str();
@@ -26,13 +30,7 @@ void AddFleetArguments(CLI::App& command, FleetArguments& arguments) {
       .add_option("--limit", arguments.limit_seconds, "How many seconds the program may take for a device")
       ->check(CLI::Range(0.001, 86400.0))
       ->capture_default_str();
-  command.add_option("--max-megabytes", arguments.megabytes, "How much an image may hold, unpacked")
-      ->check(CLI::Range(1U, 65536U))
-      ->capture_default_str();
-  command
-      .add_option("--max-entries", arguments.entries, "How many files, folders and links an image may hold")
-      ->check(CLI::Range(std::size_t{1}, std::size_t{100'000'000}))
-      ->capture_default_str();
+  AddImageArguments(command, arguments.image);
 }
 
 fleets::FleetOptions ToFleetOptions(const FleetArguments& arguments) {
@@ -41,17 +39,19 @@ fleets::FleetOptions ToFleetOptions(const FleetArguments& arguments) {
   options.from = arguments.from;
   options.jobs = arguments.jobs;
   options.rehearsal.overlays = arguments.overlays;
+  if (std::isnan(arguments.limit_seconds)) throw std::invalid_argument("--limit takes a number of seconds");
   options.rehearsal.limit = std::chrono::milliseconds(static_cast<long>(arguments.limit_seconds * 1000));
-  options.rehearsal.image_limits.bytes = std::uintmax_t{arguments.megabytes} << 20U;
-  options.rehearsal.image_limits.entries = arguments.entries;
+  options.rehearsal.image_limits = ToImageLimits(arguments.image);
   return options;
 }
 
 int StatusOf(const std::function<int()>& work) {
   try {
-    return work();
+    const int status = work();
+    if (!std::cout.flush()) throw std::runtime_error("cannot print all that there is to say");
+    return status;
   } catch (const std::exception& error) {
-    std::cerr << "devicelab: " << error.what() << '\n';
+    std::cerr << "devicelab: " << Printable(error.what()) << '\n';
     return kNotDone;
   }
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "lab/commands/arguments.h"
 #include "lab/fleets/fleet.h"
 
 namespace lab::commands {
@@ -18,20 +19,17 @@ struct FleetArguments {
   std::vector<std::filesystem::path> overlays;
   unsigned jobs = 1;
   double limit_seconds = 10;
-  unsigned megabytes = 64;
-  std::size_t entries = 20'000;
+  ImageArguments image;
 };
 
 /// Adds the arguments, all but the program.
 void AddFleetArguments(CLI::App& command, FleetArguments& arguments);
 
-/// The options that they amount to, without output and conditions.
+/// The options that they amount to, without output and conditions. Throws std::invalid_argument.
 fleets::FleetOptions ToFleetOptions(const FleetArguments& arguments);
 
-/// The exit status of a command that could not do its work.
-inline constexpr int kNotDone = 2;
-
-/// What `work` gives, or that status, with a line on standard error, where it throws.
+/// What `work` gives, or kNotDone, with a line on standard error, where it throws or what it printed got
+/// lost.
 int StatusOf(const std::function<int()>& work);
 
 }  // namespace lab::commands

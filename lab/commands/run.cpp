@@ -6,6 +6,7 @@
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
 #include "lab/commands/kept_device.h"
+#include "lab/images/image.h"
 #include "lab/images/private_root.h"
 #include "lab/page/page.h"
 #include "lab/page/page_file.h"
@@ -27,6 +28,7 @@ constexpr int kSignalStatus = 128;
 
 struct Request {
   fs::path image;
+  ImageArguments limits;
   std::string build;
   fs::path program;
   fs::path keep;
@@ -38,13 +40,14 @@ struct Request {
 
 /// On a copy of the image, which is gone when the run is over.
 RunResult RunOnCopy(const Request& request, const fs::path& program) {
-  PrivateRoot device(request.image);
+  PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
+  if (!request.keep.empty()) MakeKeptDevice(request.keep);
   RunResult result = RunProgram(device, program, {"--update-config", request.build});
   if (!request.keep.empty()) KeepDevice(device, request.keep);
   return result;
 }
 
-/// The image's folder as it was named, without a slash at its end.
+/// The image as it was named, without a slash at its end.
 std::string NameOf(const fs::path& image) {
   const fs::path named = image.has_filename() ? image : image.parent_path();
   return named.native();
@@ -75,8 +78,6 @@ int Run(const Request& request) {
   const fs::path program = ProgramToRun(request.program);
   if (!request.html.empty()) page::RequirePageFile(request.html);
   BecomeRunner();
-  if (!request.keep.empty()) MakeKeptDevice(request.keep);
-
   const RunResult result = RunOnCopy(request, program);
   if (!request.keep.empty()) {
     std::cerr << "devicelab: the device is kept in " << request.keep.native()
@@ -93,9 +94,9 @@ void AddRun(CLI::App& app, Actions& actions) {
   CLI::App* const run = app.add_subcommand(
       "run", "Run the program on a copy of a device image; show the household before and after");
   const auto request = std::make_shared<Request>();
-  run->add_option("IMAGE", request->image, "A folder that mirrors the device's files; it is only read")
-      ->required();
+  run->add_option("IMAGE", request->image, kImageHelp)->required();
   run->add_option("--from", request->build, "The build number that the device had before")->required();
+  AddImageArguments(*run, request->limits);
   run->add_option("--program", request->program, "The program, if not the one beside devicelab");
   CLI::Option* const json = run->add_flag("--json", request->json, "Print one JSON object instead");
   run->add_flag("--documents", request->documents,

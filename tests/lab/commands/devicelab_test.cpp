@@ -85,6 +85,32 @@ TEST_F(DeviceLab, RunsTheProgramOnACopyOfAnImage) {
   EXPECT_EQ(ReadTree(image_.Path()), before);
 }
 
+TEST_F(DeviceLab, RunsTheProgramOnAnArchive) {
+  const fs::path archive = folder_ / "image.tar.gz";
+  ASSERT_EQ(Shell("tar -C " + image_.Path().native() + " -czf " + archive.native() + " .").status, 0);
+  const std::string before = lab_test::ReadFile(archive);
+  const ShellResult result = Lab("run " + archive.native() + " --from 8000 --program " + TEST_PROGRAM);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.output, StartsWith(archive.native() + " from build 8000: migrated, exit status 0\n"));
+  EXPECT_THAT(result.output, HasSubstr("  moved to /etc/archive/: /etc/ old.conf\n"));
+  EXPECT_EQ(lab_test::ReadFile(archive), before);
+}
+
+TEST_F(DeviceLab, RefusesHostileImages) {
+  const fs::path kept = folder_ / "kept";
+  fs::resize_file(image_.Path() / "etc/gone.conf", std::uintmax_t{1} << 40);
+  const ShellResult giant = Run("8000 --keep " + kept.native());
+  EXPECT_EQ(giant.status, 1);
+  EXPECT_EQ(giant.output,
+            "devicelab: " + image_.Path().native() + " holds more than 67108864 bytes unpacked\n");
+  EXPECT_FALSE(fs::exists(kept)) << "there is nothing to keep";
+  EXPECT_EQ(Run("8000 --max-megabytes 1").output,
+            "devicelab: " + image_.Path().native() + " holds more than 1048576 bytes unpacked\n");
+  fs::resize_file(image_.Path() / "etc/gone.conf", 0);
+  fs::create_symlink("../../outside", image_.Path() / "link");
+  EXPECT_THAT(Run("8000").output, HasSubstr("has a link that leads out of it: /link -> ../../outside"));
+}
+
 TEST_F(DeviceLab, PrintsOneJsonObject) {
   const ShellResult result = Run("8000 --json");
   EXPECT_EQ(result.status, 0);
@@ -170,8 +196,8 @@ TEST_F(DeviceLab, LeavesTheCurrentFolderAndTheTemporaryFolderAlone) {
 
 TEST_F(DeviceLab, TellsWhatIsMissing) {
   EXPECT_EQ(Lab("run /no/image --from 1").output, "devicelab: there is no device image /no/image\n");
-  EXPECT_EQ(Lab("run /etc/passwd --from 1").output,
-            "devicelab: /etc/passwd is no device image: that is a folder with a device's files in it\n");
+  EXPECT_THAT(Lab("run /etc/passwd --from 1 --program " TEST_PROGRAM).output,
+              StartsWith("devicelab: /etc/passwd is no folder, and cannot be read as a tar archive: "));
   EXPECT_EQ(Lab("show /no/image").output, "devicelab: there is no device image /no/image\n");
   EXPECT_EQ(Lab("run /no/image --from 1").status, 1);
   EXPECT_THAT(Lab("run " + image_.Path().native()).output, HasSubstr("--from is required"));

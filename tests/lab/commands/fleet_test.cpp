@@ -150,6 +150,42 @@ TEST_F(Fleets, GoOnBehindUnusableImages) {
   EXPECT_EQ(Fleet("hostile.tar --fail-on unusable-image").status, 1);
 }
 
+TEST_F(Fleets, NeedTheirOverlays) {
+  const ShellResult result = Fleet("@devices/list.jsonl --overlay none");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.output, "devicelab: none cannot be opened: No such file or directory\n");
+  EXPECT_FALSE(fs::exists(folder_ / "out")) << "nothing was found out about any device";
+}
+
+TEST_F(Fleets, TakeNoImageForAnOverlay) {
+  folder_.Write("overlay/etc/x", "x");
+  EXPECT_EQ(Fleet("--overlay overlay devices/device-000001 devices/device-000002").status, 0);
+  EXPECT_EQ(Fleet("--fail-on failed,migrated devices/device-000003 devices/device-000004").status, 0);
+  EXPECT_THAT(
+      Outcomes(),
+      ElementsAre("devices/device-000001 incomplete-image", "devices/device-000002 incomplete-image",
+                  "devices/device-000003 incomplete-image", "devices/device-000004 incomplete-image"));
+}
+
+TEST_F(Fleets, EndWithTwoWhereTheyCouldNotDoTheirWork) {
+  EXPECT_EQ(Lab("fleet devices/device-000001 --output out").status, 2) << "no build number";
+  EXPECT_EQ(Fleet("devices/device-000001 --no-such-option").status, 2);
+  EXPECT_EQ(Fleet("devices/device-000001 --limit nan").status, 2);
+  EXPECT_EQ(Fleet("@devices/list.jsonl >/dev/full").status, 2);
+  EXPECT_EQ(Lines().size(), 20U) << "which is no reason to lose records";
+  EXPECT_EQ(Lab("summary out >/dev/full").status, 2);
+  EXPECT_EQ(Lab("summary").status, 2);
+  const ShellResult pipe = Lab("summary /dev/stdin < /dev/null; cat out | " DEVICELAB " summary /dev/stdin");
+  EXPECT_EQ(pipe.status, 2);
+  EXPECT_THAT(pipe.output, HasSubstr("/dev/stdin is no regular file"));
+  EXPECT_EQ(Lab("compare devices/device-000001 --from 8000").status, 2);
+}
+
+TEST_F(Fleets, SayNothingThatATerminalObeys) {
+  folder_.Write("list", "{\"\\u001b[2J\":1}\n");
+  EXPECT_THAT(Fleet("@list").output, HasSubstr("devicelab: list:1: \"\\x1b[2J\" is no member of a list"));
+}
+
 TEST_F(Fleets, FailOnWhatTheyAreTold) {
   EXPECT_EQ(Fleet("@devices/list.jsonl --fail-on migrated,ssid-lost").status, 1);
   EXPECT_EQ(Fleet("@devices/list.jsonl --fail-on ssid-lost").status, 0) << "with nothing left to do";
@@ -241,6 +277,30 @@ TEST_P(InterruptedFleets, LeaveNothingBehind) {
   EXPECT_EQ(Lines().size(), 9U);
 }
 
+/// Shell commands that wait until the fleet $lab minds signals, which it does before it opens a list.
+constexpr const char* kAwaitFleet =
+    "for i in $(seq 200); do grep -Eq '^SigBlk:.*4...$' /proc/$lab/status && break; sleep 0.05; done; sleep "
+    "0.1; ";
+
+TEST_F(Fleets, AreInterruptedWhileTheirListHasNotCome) {
+  const ShellResult result =
+      Shell("cd " + folder_.Path().native() + " && mkfifo list && { " + DEVICELAB +
+            " fleet @list --from 8000 --output out & lab=$!; } && " + kAwaitFleet +
+            "kill -TERM $lab; { sleep 10; kill -KILL $lab; } 2>&1 >/dev/null & wait $lab");
+  EXPECT_EQ(result.status, 2) << result.output;
+  EXPECT_THAT(result.output, HasSubstr("interrupted; the records of 0 devices are in out"));
+}
+
+TEST_F(Fleets, GoOnWhereTheyAreToIgnoreASignal) {
+  const ShellResult result =
+      Shell("cd " + folder_.Path().native() + " && mkfifo list && trap '' HUP && { " + DEVICELAB +
+            " fleet @list --from 8000 --output out & lab=$!; } && " + kAwaitFleet +
+            "kill -HUP $lab; sleep 0.2; head -n 1 devices/list.jsonl | sed 's#device-#devices/device-#' "
+            ">list; wait $lab");
+  EXPECT_EQ(result.status, 0) << result.output;
+  EXPECT_EQ(Lines().size(), 1U);
+}
+
 INSTANTIATE_TEST_SUITE_P(BySignal, InterruptedFleets,
                          ::testing::Values(std::pair{SIGINT, "exit 2"}, std::pair{SIGTERM, "exit 2"},
                                            std::pair{SIGHUP, "exit 2"}, std::pair{SIGKILL, "signal 9"}));
@@ -308,6 +368,54 @@ TEST_F(Fleets, CompareTwoPrograms) {
   EXPECT_THAT(json.output, StartsWith("{\"schema\":1,\"image\":\"devices/device-000001\",\"from\":\"8000\","
                                       "\"differences\":[{\"what\":\"outcome\",\"old\":"));
   EXPECT_EQ(Lab("compare none --from 8000 --old /no/program --new " KELP_PROGRAM).status, 2);
+}
+
+TEST_F(Fleets, AreNotTheSameForTwoProgramsThatCouldNotBeTried) {
+  const ShellResult result =
+      Lab("compare none devices/device-000001 --from 8000 --old " KELP_PROGRAM " --new " KELP_PROGRAM);
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.output, HasSubstr("devicelab: none cannot be opened: No such file or directory\n"));
+  EXPECT_THAT(result.output, HasSubstr("0 of 1 devices differ\n"));
+}
+
+TEST_F(Fleets, ExplainArchivesAsFolders) {
+  folder_.Write("small/usr/kelp/etc/info.conf", "kelpbios=maple\nwps_pin=1234\ncolour=blue\n");
+  folder_.Write("small/usr/kelp/etc/wifi/wifi_wps", "");
+  const ShellResult folder = Lab("explain small --from 8000");
+  EXPECT_EQ(folder.status, 0);
+  EXPECT_THAT(folder.output,
+              StartsWith("devicelab: the update of this device ends as incomplete-image, so that"));
+  EXPECT_THAT(folder.output, HasSubstr("/usr/kelp/etc/info.conf: "));
+  ASSERT_EQ(Shell("cd " + folder_.Path().native() + " && tar -C small -cJf small.tar.xz .").status, 0);
+  EXPECT_EQ(Lab("explain small.tar.xz --from 8000").output, folder.output);
+}
+
+/// Whether the file is a page that needs nothing besides and holds the text.
+void ExpectPage(const fs::path& file, const std::string& text) {
+  const std::string html = ReadFile(file);
+  EXPECT_THAT(html, StartsWith("<!DOCTYPE html>\n")) << file;
+  EXPECT_THAT(html, ::testing::EndsWith("</html>\n")) << file;
+  EXPECT_THAT(html, HasSubstr("default-src 'none'")) << file;
+  EXPECT_THAT(html, HasSubstr(text)) << file;
+  for (const char* from_elsewhere : {"<link", "src=\"", "@import", "url(\"http", "url(http", "href=\"http"}) {
+    EXPECT_THAT(html, Not(HasSubstr(from_elsewhere))) << file;
+  }
+}
+
+TEST_F(Fleets, AreDrawnAsPages) {
+  EXPECT_EQ(Fleet("@devices/list.jsonl --html fleet.html").status, 0);
+  ExpectPage(folder_ / "fleet.html", "devices/device-000020");
+  EXPECT_EQ(Lab("summary out --html summary.html").status, 0);
+  ExpectPage(folder_ / "summary.html", "devices/device-000020");
+  EXPECT_EQ(Lab("compare devices/device-000001 --from 8000 --old " KELP_PROGRAM " --new " TEST_PROGRAM
+                " --html compare.html")
+                .status,
+            1);
+  ExpectPage(folder_ / "compare.html", "devices/device-000001");
+  const std::string sample = KELP_SOURCE "/devices/dual-band-standalone";
+  EXPECT_EQ(Lab("run " + sample + " --from 8000 --html run.html").status, 0);
+  ExpectPage(folder_ / "run.html", sample);
+  EXPECT_EQ(Lab("fleet @devices/list.jsonl --from 8000 --output out --html none/fleet.html").status, 2);
 }
 
 }  // namespace
