@@ -20,6 +20,8 @@ void AddShow(CLI::App& app, Actions& actions) {
   const auto request = std::make_shared<Request>();
   show->add_option("IMAGE", request->image, "A folder that mirrors the device's files")->required();
   show->add_flag("--show-secrets", request->choice.show_secrets, "Show passwords, keys and PINs");
+  show->add_flag("--anonymous", request->choice.anonymous,
+                 "Show digests in place of SSIDs, MAC addresses, device names and mail addresses");
   actions[show] = [request] {
     RequireImage(request->image);
     const Tree device = ReadTree(request->image);

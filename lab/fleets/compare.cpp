@@ -10,7 +10,6 @@
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/pool.h"
 #include "lab/reports/discretion.h"
-#include "lab/reports/masks.h"
 #include "lab/reports/safe_text.h"
 
 namespace lab::fleets {
@@ -31,18 +30,10 @@ std::optional<Json::Value> ParseDocument(const std::string& text) {
   return std::nullopt;
 }
 
-std::string ValueText(const Json::Value& value, const std::string& member) {
-  if (value.isObject() || value.isArray()) return value.isObject() ? "{...}" : "[...]";
-  const bool is_empty = value.isNull() || value.isBool() || (value.isString() && value.asString().empty());
-  if (IsSecretKey(member) && !is_empty) return JsonText(kMask);
-  if (value.isString()) return JsonText(value.asString());
-  Json::StreamWriterBuilder writer;
-  writer["indentation"] = "";
-  return Json::writeString(writer, value);
-}
-
 class Comparison {
  public:
+  Comparison(const RunResult& old_run, const RunResult& new_run) : old_run_(old_run), new_run_(new_run) {}
+
   std::vector<Difference> Take() { return std::move(differences_); }
 
   void Texts(const std::string& what, const std::string& was, const std::string& now) {
@@ -60,6 +51,25 @@ class Comparison {
   }
 
  private:
+  /// Most devices have no difference at all.
+  const Discretion& Masks() {
+    if (!masks_) {
+      masks_.emplace(Discretion::Choice{}, old_run_.after);
+      masks_->Learn(new_run_.before);
+      masks_->Learn(new_run_.after);
+    }
+    return *masks_;
+  }
+
+  std::string ValueText(const Json::Value& value, const std::string& member) {
+    if (value.isObject() || value.isArray()) return value.isObject() ? "{...}" : "[...]";
+    const Json::Value shown = Masks().Member(member, value);
+    if (shown.isString()) return JsonText(shown.asString());
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    return Json::writeString(writer, shown);
+  }
+
   void Values(const std::string& path, const std::string& member, const Json::Value& was,
               const Json::Value& now) {
     if (was.isObject() && now.isObject()) {
@@ -100,6 +110,9 @@ class Comparison {
     }
   }
 
+  const RunResult& old_run_;
+  const RunResult& new_run_;
+  std::optional<Discretion> masks_;
   std::vector<Difference> differences_;
 };
 
@@ -177,7 +190,7 @@ ComparedDevice UnpackDevice(const Message& message) {
 
 std::vector<Difference> Compare(const Record& old_record, const RunResult& old_run, const Record& new_record,
                                 const RunResult& new_run) {
-  Comparison comparison;
+  Comparison comparison(old_run, new_run);
   comparison.Texts("outcome", EndText(old_record), EndText(new_record));
   comparison.Texts("error", JsonText(old_record.error), JsonText(new_record.error));
   comparison.Texts("log", LogText(old_record), LogText(new_record));

@@ -108,11 +108,6 @@ bool FellBack(const Rehearsal& rehearsal, const Member& member, const Setting& s
   return false;
 }
 
-Privacy PrivacyOf(const Member& member) {
-  if (member.form == Form::Secret) return Privacy::Secret;
-  return member.form == Form::Ssid ? Privacy::Ssid : Privacy::None;
-}
-
 /// A setting of which `key` (formed for the network) stands in `file`.
 Setting Describe(const Rehearsal& rehearsal, const Member& member, const std::string& file,
                  const std::string& key, const Json::Value& object, const Json::Value& words) {
@@ -121,7 +116,6 @@ Setting Describe(const Rehearsal& rehearsal, const Member& member, const std::st
   setting.title = Title(words[member.name]);
   if (object.isObject()) setting.now = object[member.name];
   setting.meaning = Meaning(words[member.name], setting.now);
-  setting.privacy = PrivacyOf(member);
   if (!key.empty()) {
     setting.file = file;
     setting.key = key;

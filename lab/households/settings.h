@@ -10,9 +10,6 @@
 
 namespace lab {
 
-/// What personal things a setting holds.
-enum class Privacy { None, Secret, Ssid };
-
 /// One setting before and after.
 struct Setting {
   /// Its member in the document, with those on the way: "guestPasswordRotation.date".
@@ -32,7 +29,6 @@ struct Setting {
   bool fell_back = false;
   /// Whether smart connect lets another word decide than the radio's own.
   bool decided_elsewhere = false;
-  Privacy privacy = Privacy::None;
 };
 
 /// The settings of one network on one radio.

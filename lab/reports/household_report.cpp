@@ -1,5 +1,8 @@
 #include "lab/reports/household_report.h"
 
+#include <json/writer.h>
+
+#include <algorithm>
 #include <utility>
 
 #include "lab/households/rehearsal.h"
@@ -8,24 +11,46 @@
 namespace lab {
 namespace {
 
+constexpr std::size_t kLongestOther = 200;
+
+bool IsContainer(const Json::Value& value) {
+  return value.isObject() || value.isArray();
+}
+
+/// A document that the program did not write may hold anything where a plain value belongs: that is told as
+/// the beginning of its text.
+Json::Value Plain(const Json::Value& value) {
+  const bool is_list = value.isArray() && std::none_of(value.begin(), value.end(), IsContainer);
+  if (!IsContainer(value) || is_list) return value;
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  return Json::writeString(builder, value).substr(0, kLongestOther);
+}
+
 std::vector<Setting> Shown(std::vector<Setting> settings, const Discretion& discretion) {
   for (Setting& setting : settings) {
     setting.file = discretion.Text(setting.file);
-    switch (setting.privacy) {
-      case Privacy::Secret:
-        if (setting.was) setting.was = discretion.Secret(*setting.was);
-        if (setting.now.isString()) setting.now = discretion.Secret(setting.now.asString());
-        break;
-      case Privacy::Ssid:
-        if (setting.was) setting.was = discretion.StoredSsid(*setting.was);
-        if (setting.now.isString()) setting.now = discretion.Ssid(setting.now.asString());
-        break;
-      case Privacy::None:
-        if (setting.was) setting.was = discretion.Text(*setting.was);
-        setting.now = discretion.Document(setting.now);
-    }
+    if (setting.was) setting.was = discretion.Value(setting.key, *setting.was);
+    const std::string name = setting.member.substr(setting.member.rfind('.') + 1);
+    setting.now = Plain(discretion.Member(name, setting.now));
   }
   return settings;
+}
+
+std::string NameIn(const Json::Value& object, const Discretion& discretion) {
+  return discretion.Member("name", TextIn(object, "name")).asString();
+}
+
+Json::Value FilteredDevices(const Json::Value& devices, const Discretion& discretion) {
+  Json::Value told(Json::arrayValue);
+  if (!devices.isArray()) return told;
+  for (const Json::Value& device : devices) {
+    if (!device.isObject()) continue;
+    Json::Value& entry = told.append(Json::Value(Json::objectValue));
+    entry["name"] = NameIn(device, discretion);
+    entry["mac"] = discretion.Member("mac", TextIn(device, "mac"));
+  }
+  return told;
 }
 
 std::vector<HouseholdReport::FilterProfile> Filters(const Rehearsal& rehearsal,
@@ -37,9 +62,9 @@ std::vector<HouseholdReport::FilterProfile> Filters(const Rehearsal& rehearsal,
   if (!profiles.isArray()) return filters;
   for (const Json::Value& profile : profiles) {
     if (!profile.isObject()) continue;
-    filters.push_back({NumberIn(profile, "id", -1), TextIn(profile, "name"),
+    filters.push_back({NumberIn(profile, "id", -1), NameIn(profile, discretion),
                        Meaning(Properties("misc", "profile")["policy"], profile["policy"]),
-                       discretion.Document(profile["devices"])});
+                       FilteredDevices(profile["devices"], discretion)});
   }
   return filters;
 }
@@ -48,7 +73,7 @@ std::vector<HouseholdReport::Found> FindingsByKind(const RunResult& run, const D
   std::vector<HouseholdReport::Found> found;
   for (const Finding& finding : FindIn(run)) {
     if (found.empty() || found.back().kind != finding.kind) found.push_back({finding.kind, {}});
-    found.back().places.push_back(discretion.Text(finding.detail));
+    found.back().places.push_back(discretion.Entry(finding.detail));
   }
   return found;
 }
@@ -70,7 +95,7 @@ HouseholdReport Tell(const std::string& image, const std::string& from, const Ru
   const Rehearsal rehearsal(run);
   const Verdict verdict = Judge(run);
   HouseholdReport report;
-  report.image = image;
+  report.image = discretion.Text(image);
   report.from = from;
   report.outcome = verdict.outcome;
   report.status = run.status;
@@ -80,7 +105,7 @@ HouseholdReport Tell(const std::string& image, const std::string& from, const Ru
   report.err = discretion.Text(run.err);
   report.device = Shown(DeviceSettings(rehearsal), discretion);
   for (const NetworkPart& network : rehearsal.Networks()) {
-    HouseholdReport::Network told{TextIn(*network.now, "name"),
+    HouseholdReport::Network told{NameIn(*network.now, discretion),
                                   network.is_guest,
                                   Shown(SettingsOf(rehearsal, network), discretion),
                                   {}};

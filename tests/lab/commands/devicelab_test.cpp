@@ -148,6 +148,17 @@ TEST_F(DeviceLab, ShowsSecretsOfAnImageToThoseWhoAskOnly) {
               ::testing::AllOf(HasSubstr("wps_ap_pin=12345670\n"), HasSubstr("    0011aabb\n")));
 }
 
+TEST_F(DeviceLab, ShowsAnImageWithoutItsPeople) {
+  image_.Write("usr/kelp/etc/wifi/wifi_ap_02:AA:00:00:00:01", "ssid=SG9tZQ==\npassword=swordfish\n");
+  image_.Write("proc/sys/kernel/kelp_mac_address4", "02aa00000001\n");
+  image_.Write("etc/hostapd/mac_filter/mf_deny.conf", "[Attic]\ndesc=TV\nmac=02-aa-00-00-00-02\n");
+  const std::string output = Lab("show " + image_.Path().native() + " --anonymous").output;
+  for (const char* personal : {"02:AA", "02aa", "02-aa", "SG9tZQ", "Attic", "TV", "swordfish"}) {
+    EXPECT_EQ(output.find(personal), std::string::npos) << personal;
+  }
+  EXPECT_THAT(output, ::testing::ContainsRegex("    ssid=ssid-[0-9a-f]*\n    password=[*]*\n"));
+}
+
 TEST_F(DeviceLab, HasNoColoursWhereNoTerminalIs) {
   EXPECT_EQ(Run("8000").output.find('\x1b'), std::string::npos);
 }

@@ -152,6 +152,23 @@ TEST_F(Rehearsals, NeedOverlaysThatCanBeLaidOut) {
   EXPECT_THROW(RequireOverlays(options_), UnusableImage);
 }
 
+TEST_F(Rehearsals, MaskASecretWhereverTheProgramTellsIt) {
+  const Record record =
+      Rehearse({kSample,
+                "8000",
+                {{"/usr/kelp/etc/info.conf", "kelpbios=Sword & Fish\nadmin_password=Sword & Fish\n"}},
+                {}});
+  EXPECT_EQ(record.error, "Failed to update config, error: Invalid kelpbios value: ********");
+  EXPECT_THAT(RecordLine(record), Not(HasSubstr("Sword")));
+  const std::string file = "/usr/kelp/etc/wifi/wifi_ap_00:00:00:00:00:00";
+  const Record word = Rehearse({kSample, "8000", {{file, "security=swordfish\npassword=swordfish\n"}}, {}});
+  EXPECT_THAT(word.log, Contains(NumberedLine{760, 3, "Invalid security mode: ********, select wpa2."}));
+  options_.with_household = true;
+  EXPECT_THAT(
+      RecordLine(Rehearse({kSample, "8000", {{file, "pmf_mode=swordfish\npassword=swordfish\n"}}, {}})),
+      Not(HasSubstr("swordfish")));
+}
+
 TEST(Workers, TellWhatFailed) {
   Worker worker([](const Message& message) -> Message {
     if (message.at(0) == "throw") throw std::runtime_error("thrown there");
@@ -205,6 +222,13 @@ TEST(Comparisons, GoSettingBySetting) {
                           "network.json.default.passwords[1]:  -> \"********\""));
   EXPECT_THAT(compare("{\"password\":false}", "{\"password\":true}"),
               ElementsAre("network.json.default.password: false -> true"));
+  EXPECT_THAT(compare("{\"password\":12345678}", "{\"password\":[\"other\"]}"),
+              ElementsAre("network.json.default.password: \"********\" -> [...]"));
+  EXPECT_THAT(compare("{\"password\":[\"first\"]}", "{\"password\":[\"other\"]}"),
+              ElementsAre("network.json.default.password[0]: \"********\" -> \"********\""));
+  EXPECT_THAT(compare("{\"password\":\"swordfish\",\"week_day\":\"swordfish\"}",
+                      "{\"password\":\"swordfish\",\"week_day\":\"\"}"),
+              ElementsAre("network.json.default.week_day: \"********\" -> \"\""));
   EXPECT_THAT(compare("{}", "{"), ElementsAre("network.json.default: JSON -> no JSON"));
 }
 

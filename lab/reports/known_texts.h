@@ -1,0 +1,29 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace lab {
+
+/// Texts that are not to be shown, with what stands in their place.
+class KnownTexts {
+ public:
+  /// Of two replacements of one text the first counts. An empty text is none.
+  void Add(std::string_view text, std::string_view replacement);
+
+  /// Whether any of them stands in `text`.
+  bool AreIn(std::string_view text) const;
+
+  /// The longest of them that stands at the start of `text`; none where there is no such.
+  const std::pair<const std::string, std::string>* LongestAt(std::string_view text) const;
+
+  /// `text` with each of them replaced, from its start on, the longest first: one may begin another or stand
+  /// in the middle of it.
+  std::string Replaced(std::string_view text) const;
+
+ private:
+  std::map<std::string, std::string, std::less<>> texts_;
+};
+
+}  // namespace lab
