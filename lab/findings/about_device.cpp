@@ -3,6 +3,8 @@
 #include <string_view>
 
 #include "lab/findings/rules.h"
+#include "lab/households/legacy_words.h"
+#include "lab/households/mesh_role.h"
 
 namespace lab {
 namespace {
@@ -28,12 +30,33 @@ std::string Told(const Rehearsal& rehearsal, const Fact& fact) {
   return word ? fact.key + ("=" + *word) : std::string(fact.key) + " is missing";
 }
 
+/// What the global files of release 1.3 say of the backhaul, in whatever spelling.
+void FindBackhaul(const Rehearsal& rehearsal, Findings& findings) {
+  const auto file = ParseDocument(rehearsal.TextOf(std::string(kWifiFolder) + "backhaul.json"));
+  const Json::Value* const global = rehearsal.Document("global.json");
+  if (!file || !file->isObject() || global == nullptr || FlagIn(*global, "backhaulSwapped")) return;
+  for (const Json::Value& band : (*file)["radio_frequencies"]) {
+    const std::string name = band.isString() ? band.asString() : "";
+    // The first of the two that is spelled as it should be decides.
+    if (name == "Band5GHz_1") return;
+    if (PlainWord(name) != "band5ghz_2") continue;
+    findings.Add("backhaul-unreadable", "backhaul.json: " + name);
+    return;
+  }
+}
+
 }  // namespace
 
 void FindAboutDevice(const Rehearsal& rehearsal, Findings& findings) {
+  // The role is read in every run, and logged, but a whole migration alone makes something of it.
   for (const Fact& fact : kFacts) {
-    if (rehearsal.Logged(fact.message)) findings.Add(fact.finding, Told(rehearsal, fact));
+    if (rehearsal.IsWholeMigration() && rehearsal.Logged(fact.message)) {
+      findings.Add(fact.finding, Told(rehearsal, fact));
+    }
   }
+  const std::string role = LostRepeaterRole(rehearsal);
+  if (!role.empty()) findings.Add("repeater-lost", role);
+  if (rehearsal.IsOfGlobalFiles()) FindBackhaul(rehearsal, findings);
 }
 
 }  // namespace lab

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cctype>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -8,6 +6,7 @@
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/legacy_words.h"
 #include "platform/mac_address.h"
 
 namespace lab {
@@ -46,13 +45,6 @@ bool IsAddress(const std::string& text) {
   }
 }
 
-/// Whether a word says that an entry is switched off, in whichever way people write it.
-bool SaysOff(std::string word) {
-  std::ranges::transform(word, word.begin(), [](unsigned char byte) { return std::tolower(byte); });
-  static const std::set<std::string_view> kOff{"", "no", "off", "false", "0", "disabled"};
-  return kOff.contains(word);
-}
-
 /// Why no list made a profile: the first enabled section whose address is none.
 std::string FirstMalformed(const Rehearsal& rehearsal) {
   for (const std::string& list : {kDenyList, kAllowList}) {
@@ -67,14 +59,16 @@ std::string FirstMalformed(const Rehearsal& rehearsal) {
 std::string WhyOff(const Rehearsal& rehearsal, const std::string& list) {
   const std::string malformed = FirstMalformed(rehearsal);
   if (!malformed.empty()) return malformed + " is no address and empties all lists";
-  if (!rehearsal.Had(list)) return NameOf(list) + " is missing";
+  if (!rehearsal.Had(list)) {
+    return NameOf(list) + (rehearsal.Run().before.contains(list) ? " cannot be read" : " is missing");
+  }
   return NameOf(list) + " has no enabled entry";
 }
 
 void FindForNetwork(const Rehearsal& rehearsal, const NetworkPart& network, Findings& findings) {
   const std::string file = kFilterFolder + std::string(network.is_guest ? "mf_guest.info" : "mf.info");
   const std::string policy = rehearsal.Was(file, "policy").value_or("");
-  if (policy.empty() || policy == "disabled") return;
+  if (SaysOff(policy)) return;
   if (policy != "deny" && policy != "allow") {
     findings.Add("filter-policy-unknown", ToldOf(rehearsal, file, "policy"));
     return;
@@ -104,8 +98,17 @@ void FindBroadcast(const Rehearsal& rehearsal, Findings& findings) {
   const Json::Value* const misc = rehearsal.Document("misc.json");
   const std::string file = std::string(kFilterFolder) + "mf.setting";
   const std::string word = rehearsal.Was(file, "broadcast_detect_enabled").value_or("");
-  if (misc == nullptr || word.empty() || word == "no") return;
-  if (misc->isObject() && FlagIn((*misc)["broadcastDetect"], "enabled")) return;
+  if (misc == nullptr || !misc->isObject() || SaysOff(word)) return;
+  const Json::Value& detection = (*misc)["broadcastDetect"];
+  if (FlagIn(detection, "enabled")) {
+    const std::string threshold = rehearsal.Was(file, "broadcast_threshold").value_or("");
+    const int now = NumberIn(detection, "threshold", 0);
+    if (!IsReadWhole(threshold, now)) {
+      findings.Add("number-unreadable",
+                   ToldOf(rehearsal, file, "broadcast_threshold") + " is now " + std::to_string(now));
+    }
+    return;
+  }
   findings.Add("broadcast-detection-off", ToldOf(rehearsal, file, "broadcast_detect_enabled") + ", " +
                                               ToldOf(rehearsal, file, "broadcast_threshold"));
 }

@@ -3,6 +3,7 @@
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/legacy_words.h"
 #include "lab/households/rotation_date.h"
 
 namespace lab {
@@ -15,13 +16,14 @@ const std::string kRotate = "pwd_rotate_";
 
 void FindAccess(const Place& place, Findings& findings) {
   const std::optional<std::string> word = place.Was("allow_access_guest");
-  if (IsUnclearFlag(word) && !FlagIn(*place.radio.now, "restrict_guest_access")) {
+  if (IsLostRefusal(word) && !FlagIn(*place.radio.now, "restrict_guest_access")) {
     findings.Add("guests-let-in", place.Told("allow_access_guest"));
   }
 }
 
-bool AreDigits(const std::string& text) {
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+/// Whether a number of the time is all that its word says; a word that is missing says nothing.
+bool IsTimeKept(const std::string& word, int number) {
+  return !PlainWord(word).empty() && IsReadWhole(word, number);
 }
 
 void FindMail(const Place& place, const Json::Value& rotation, Findings& findings) {
@@ -44,15 +46,16 @@ void FindSchedule(const Place& place, const Json::Value& rotation, Findings& fin
   if (place.rehearsal.Logged(kUnknownStrength, was("strength"))) told("strength");
   const std::string date = TextIn(rotation, "date");
   if (IsOtherDate(was("date"), date)) told("date");
-  if (!AreDigits(was("hour"))) told("hour");
-  if (!AreDigits(was("minute"))) told("minute");
+  const std::optional<RotationTime> time = TimeIn(date);
+  if (!time || !IsTimeKept(was("hour"), time->hour)) told("hour");
+  if (!time || !IsTimeKept(was("minute"), time->minute)) told("minute");
   if (!IsInCalendar(date)) {
     findings.Add("rotation-date-impossible", place.ToldWithoutWord(kRotate + "date") + " is now " + date);
   }
 }
 
 void FindRotation(const Place& place, Findings& findings) {
-  if (IsUnclearFlag(place.Was(kRotate + "enable"))) {
+  if (IsLostFlag(place.Was(kRotate + "enable"))) {
     findings.Add("rotation-lost", place.Told(kRotate + "enable"));
   }
   const Json::Value& rotation = (*place.radio.now)["guestPasswordRotation"];
@@ -64,7 +67,7 @@ void FindRotation(const Place& place, Findings& findings) {
 }  // namespace
 
 void FindAboutGuests(const Rehearsal& rehearsal, Findings& findings) {
-  ForEachPlace(rehearsal, [&](const Place& place) {
+  FindInPlaces(rehearsal, findings, [&](const Place& place) {
     if (!place.network.is_guest) return;
     FindAccess(place, findings);
     FindRotation(place, findings);

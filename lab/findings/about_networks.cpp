@@ -2,24 +2,29 @@
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/legacy_words.h"
+#include "lab/households/stored_name.h"
 
 namespace lab {
 namespace {
 
-/// How many bytes a base64 text of that length stands for.
-std::size_t DecodedSize(const std::string& base64) {
-  std::size_t padding = 0;
-  while (padding < 2 && padding < base64.size() && base64[base64.size() - 1 - padding] == '=') ++padding;
-  return base64.size() / 4 * 3 - padding;
+/// Whether the network takes its name from here: with smart connect all bands have one, otherwise each radio
+/// has its own.
+bool Counts(const Place& place) {
+  const bool is_all_bands = place.radio.frequency == 0;
+  return is_all_bands == FlagIn(*place.network.now, "smartConnect");
 }
 
 void FindName(const Place& place, Findings& findings) {
   const std::string stored = place.Was("ssid").value_or("");
   const std::string now = TextIn(*place.radio.now, "ssid");
-  if (stored.empty()) return;
-  if (now.empty()) {
+  if (stored.empty()) {
+    if (place.WasOn() && Counts(place)) {
+      findings.Add("ssid-lost", place.ToldWithoutWord("ssid") + " is empty or missing");
+    }
+  } else if (now.empty()) {
     findings.Add("ssid-lost", place.Told("ssid"));
-  } else if (now.size() < DecodedSize(stored)) {
+  } else if (IsNameCut(stored, now)) {
     findings.Add("ssid-cut", place.ToldWithoutWord("ssid"));
   }
 }
@@ -27,9 +32,9 @@ void FindName(const Place& place, Findings& findings) {
 }  // namespace
 
 void FindAboutNetworks(const Rehearsal& rehearsal, Findings& findings) {
-  ForEachPlace(rehearsal, [&](const Place& place) {
+  FindInPlaces(rehearsal, findings, [&](const Place& place) {
     FindName(place, findings);
-    if (IsUnclearFlag(place.Was("enabled"))) findings.Add("network-switched-off", place.Told("enabled"));
+    if (IsLostFlag(place.Was("enabled"))) findings.Add("network-switched-off", place.Told("enabled"));
   });
 }
 

@@ -3,6 +3,7 @@
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/legacy_words.h"
 
 namespace lab {
 namespace {
@@ -31,7 +32,8 @@ void FindSecurity(const Place& place, Findings& findings) {
   if (place.rehearsal.Logged(kUnknownSecurity, word)) {
     findings.Add("security-unknown", place.Told("security"));
   }
-  const bool was_wpa3 = Has(word, "WPA3") && !Has(word, "WPA2");
+  const std::string plain = PlainWord(word);
+  const bool was_wpa3 = Has(plain, "wpa3") && !Has(plain, "wpa2");
   if (was_wpa3 && !IsWPA3(NumberIn(*place.radio.now, "security", 0))) {
     findings.Add("wpa3-weakened", place.Told("security"));
   }
@@ -74,11 +76,11 @@ void FindServer(const Place& place, Findings& findings) {
 }  // namespace
 
 void FindAboutProtection(const Rehearsal& rehearsal, Findings& findings) {
-  ForEachPlace(rehearsal, [&](const Place& place) {
+  FindInPlaces(rehearsal, findings, [&](const Place& place) {
     FindSecurity(place, findings);
     FindPMF(place, findings);
     FindServer(place, findings);
-    if (IsUnclearFlag(place.Was("ap_isolation"))) findings.Add("isolation-lost", place.Told("ap_isolation"));
+    if (IsLostFlag(place.Was("ap_isolation"))) findings.Add("isolation-lost", place.Told("ap_isolation"));
   });
 }
 

@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/settings.h"
 
 namespace lab {
 namespace {
@@ -20,15 +23,6 @@ constexpr Word kPower{811, "power-unknown", "tx_power"};
 
 constexpr int kBand2_4GHz = 1;
 
-/// The all-bands file where the primary network's smart connect makes it decide; otherwise empty.
-std::string DecidingFile(const Rehearsal& rehearsal) {
-  for (const NetworkPart& network : rehearsal.Networks()) {
-    if (network.is_guest || !FlagIn(*network.now, "smartConnect")) continue;
-    return network.radios.front().file;
-  }
-  return "";
-}
-
 void FindUnknown(const Rehearsal& rehearsal, const std::string& file, const Word& word, Findings& findings) {
   if (!rehearsal.Had(file)) return;
   if (rehearsal.Logged(word.message, rehearsal.Was(file, word.key).value_or(""))) {
@@ -36,17 +30,27 @@ void FindUnknown(const Rehearsal& rehearsal, const std::string& file, const Word
   }
 }
 
-/// Whether a radio's own word and the all-bands file's are not the same.
-void FindTakenFrom(const Rehearsal& rehearsal, const std::string& file, const std::string& deciding,
-                   Findings& findings) {
-  for (const char* key : {"tx_power", "allow_dfs_channels", "ap_enable_wps"}) {
-    const std::string own = rehearsal.Was(file, key).value_or("");
-    const std::string all_bands = rehearsal.Was(deciding, key).value_or("");
-    const bool is_flag = std::string_view(key) != "tx_power";
-    const bool differs = is_flag ? (own == "yes") != (all_bands == "yes") : own != all_bands;
-    if (differs) {
-      findings.Add("smart-connect-decides",
-                   ToldOf(rehearsal, file, key) + ", all bands " + key + "=" + all_bands);
+/// The settings of a radio for which the all-bands file decides otherwise than its own word did.
+void FindTakenFrom(const Rehearsal& rehearsal, const RadioPart& radio, Findings& findings) {
+  const auto told = [&](const char* key) {
+    findings.Add("smart-connect-decides", ToldOf(rehearsal, radio.file, key) + ", all bands " + key + "=" +
+                                              rehearsal.Was(kAllBandsFile, key).value_or(""));
+  };
+  for (const Setting& setting : SettingsOf(rehearsal, radio)) {
+    if (setting.decided_elsewhere) told(setting.key.c_str());
+  }
+  const Json::Value* const wps = rehearsal.Document("wps.json");
+  const bool was_on = rehearsal.Was(radio.file, "ap_enable_wps") == "yes";
+  if (wps != nullptr && was_on != FlagIn(*wps, "enabled")) told("ap_enable_wps");
+}
+
+/// Where the radios decide, the first that has WPS on gets it, and no other.
+void FindWPS(const Rehearsal& rehearsal, Findings& findings) {
+  const std::vector<std::string> read = WPSFiles(rehearsal);
+  for (const RadioPart& radio : rehearsal.Radios()) {
+    const bool is_read = std::ranges::find(read, radio.file) != read.end();
+    if (!is_read && rehearsal.Was(radio.file, "ap_enable_wps") == "yes") {
+      findings.Add("wps-on-one-band", ToldOf(rehearsal, radio.file, "ap_enable_wps"));
     }
   }
 }
@@ -54,20 +58,24 @@ void FindTakenFrom(const Rehearsal& rehearsal, const std::string& file, const st
 }  // namespace
 
 void FindAboutRadios(const Rehearsal& rehearsal, Findings& findings) {
-  const std::string deciding = DecidingFile(rehearsal);
+  const bool is_smart = IsSmartConnectOn(rehearsal);
   for (const RadioPart& radio : rehearsal.Radios()) {
-    if (!rehearsal.Had(radio.file)) continue;
+    if (!rehearsal.HadEntries(radio.file)) continue;
     const bool is_forced =
         radio.frequency == kBand2_4GHz && rehearsal.Was(radio.file, "force_24g_40mhz") == "yes";
     if (!is_forced) FindUnknown(rehearsal, radio.file, kBandwidth, findings);
     FindUnknown(rehearsal, radio.file, kMode, findings);
-    if (deciding.empty()) {
-      FindUnknown(rehearsal, radio.file, kPower, findings);
+    if (is_smart) {
+      FindTakenFrom(rehearsal, radio, findings);
     } else {
-      FindTakenFrom(rehearsal, radio.file, deciding, findings);
+      FindUnknown(rehearsal, radio.file, kPower, findings);
     }
   }
-  if (!deciding.empty()) FindUnknown(rehearsal, deciding, kPower, findings);
+  if (is_smart) {
+    FindUnknown(rehearsal, kAllBandsFile, kPower, findings);
+  } else {
+    FindWPS(rehearsal, findings);
+  }
 }
 
 }  // namespace lab

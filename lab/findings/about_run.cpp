@@ -10,7 +10,10 @@ namespace {
 constexpr int kDocumentsAreThere = 225;
 constexpr int kUpdateFailed = 954;
 
-constexpr std::string_view kCannotArchive = "filesystem error: cannot rename: No such file or directory [";
+constexpr std::string_view kCannotMove = "filesystem error: cannot rename: ";
+constexpr std::string_view kMissing = "No such file or directory [";
+constexpr std::string_view kNoFolder = "filesystem error: cannot create director";
+constexpr std::string_view kOldFilesMissing = "some old config files are not existed.";
 
 /// The names of the documents that are not there, the network document as "network.json".
 std::string MissingDocuments(const Rehearsal& rehearsal) {
@@ -22,20 +25,49 @@ std::string MissingDocuments(const Rehearsal& rehearsal) {
   return missing;
 }
 
+/// Whether all documents are those of this run, so that only the archive is behind it.
+bool IsWhole(const Rehearsal& rehearsal, const std::string& reason) {
+  if (!rehearsal.IsWholeMigration() || !MissingDocuments(rehearsal).empty()) return false;
+  if (reason.starts_with(kCannotMove) || reason.starts_with(kNoFolder)) return true;
+  // A reason of another kind may tell of a document that an earlier run has left in the place of its own.
+  return !rehearsal.Had(kWifiFolder + rehearsal.NetworkDocument());
+}
+
+/// "/usr/kelp/etc/wifi/lbd.conf is missing", or the reason itself.
+std::string WhyNotArchived(const std::string& reason) {
+  std::string_view rest = reason;
+  if (!rest.starts_with(kCannotMove)) return reason;
+  rest.remove_prefix(kCannotMove.size());
+  if (!rest.starts_with(kMissing)) return reason;
+  rest.remove_prefix(kMissing.size());
+  return std::string(rest.substr(0, rest.find(']'))) + " is missing";
+}
+
 void FindFailure(const Rehearsal& rehearsal, const std::string& reason, Findings& findings) {
-  const bool is_complete = rehearsal.IsWholeMigration() && MissingDocuments(rehearsal).empty();
-  if (is_complete && reason.starts_with(kCannotArchive)) {
-    const std::string_view path = std::string_view(reason).substr(kCannotArchive.size());
-    findings.Add("archive-stopped", std::string(path.substr(0, path.find(']'))) + " is missing");
+  const bool is_of_13 = !rehearsal.IsWholeMigration() && reason.starts_with(kOldFilesMissing);
+  if (IsWhole(rehearsal, reason)) {
+    findings.Add("archive-stopped", WhyNotArchived(reason));
+  } else if (is_of_13 && rehearsal.Document("global.json") != nullptr) {
+    findings.Add("update-repeated", "global.json is there");
   } else {
     findings.Add("migration-stopped", reason);
   }
 }
 
+/// Why a run failed that does not tell so in the log.
+std::string UntoldReason(const RunResult& run) {
+  if (run.timed_out) return "did not end in time";
+  if (run.signal != 0) return "killed by signal " + std::to_string(run.signal);
+  const std::string first = run.err.substr(0, run.err.find('\n'));
+  return first.empty() ? "exit status " + std::to_string(run.status) : first;
+}
+
 }  // namespace
 
 void FindAboutRun(const Rehearsal& rehearsal, Findings& findings) {
-  for (const std::string& reason : rehearsal.ToldBy(kUpdateFailed)) FindFailure(rehearsal, reason, findings);
+  std::vector<std::string> reasons = rehearsal.ToldBy(kUpdateFailed);
+  if (reasons.empty() && rehearsal.Failed()) reasons.push_back(UntoldReason(rehearsal.Run()));
+  for (const std::string& reason : reasons) FindFailure(rehearsal, reason, findings);
 
   if (rehearsal.Logged(kDocumentsAreThere)) {
     const std::string missing = MissingDocuments(rehearsal);

@@ -34,6 +34,14 @@ bool AreHexDigits(std::string_view text) {
          std::ranges::all_of(text, [](unsigned char byte) { return std::isxdigit(byte) != 0; });
 }
 
+/// A longer text is no password that somebody entered, but a sealed one that is damaged.
+constexpr std::size_t kLongestPassword = 64;
+
+std::string WithoutLineEnd(std::string text) {
+  while (text.ends_with('\r') || text.ends_with(' ')) text.pop_back();
+  return text;
+}
+
 /// Whether the text could be a sealed one by its form. A key of 64 hexadecimal digits is base64 as well.
 bool LooksSealed(const std::string& stored) {
   const auto is_high = [](unsigned char byte) { return byte > 0x7F; };
@@ -69,8 +77,9 @@ void FindPassword(const Place& place, Findings& findings, Opened& opened) {
 
 void FindUnsealed(const Place& place, Findings& findings) {
   for (const char* key : {"password", "auth_server_shared_secret"}) {
-    const std::string stored = place.Was(key).value_or("");
-    if (!stored.empty() && !LooksSealed(stored)) findings.Add("secret-unsealed", place.ToldWithoutWord(key));
+    const std::string stored = WithoutLineEnd(place.Was(key).value_or(""));
+    const bool is_plain = !LooksSealed(stored) && stored.size() <= kLongestPassword;
+    if (!stored.empty() && is_plain) findings.Add("secret-unsealed", place.ToldWithoutWord(key));
   }
 }
 
@@ -93,14 +102,15 @@ void FindPin(const Rehearsal& rehearsal, Findings& findings) {
   const std::optional<std::string> stored = rehearsal.Was(kWPSFile, "wps_ap_pin");
   if (!stored)
     findings.Add("wps-pin-changed", "wifi_wps: wps_ap_pin is missing; the device's own PIN counts");
-  if (stored && stored->empty()) findings.Add("wps-pin-changed", "wifi_wps: wps_ap_pin is empty");
+  if (stored && stored->empty())
+    findings.Add("wps-pin-changed", "wifi_wps: wps_ap_pin is empty; no PIN counts");
 }
 
 }  // namespace
 
 void FindAboutSecrets(const Rehearsal& rehearsal, Findings& findings) {
   Opened opened;
-  ForEachPlace(rehearsal, [&](const Place& place) {
+  FindInPlaces(rehearsal, findings, [&](const Place& place) {
     FindPassword(place, findings, opened);
     FindUnsealed(place, findings);
   });

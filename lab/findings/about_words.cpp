@@ -5,6 +5,8 @@
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/legacy_words.h"
+#include "lab/households/settings.h"
 
 namespace lab {
 namespace {
@@ -21,8 +23,10 @@ constexpr const char* kNetworkFlags[]{"display_ssid",
                                       "enable_ext_nss",
                                       "sc_disable_legacy_steering",
                                       "pwd_rotate_notify_enable"};
-/// Flags of a radio, without a guest's form.
-constexpr const char* kRadioFlags[]{"force_24g_40mhz", "allow_dfs_channels", "ap_enable_wps"};
+
+constexpr int kBand2_4GHz = 1;
+constexpr int kFirstEnterprise = 8;
+constexpr int kLastEnterprise = 11;
 
 /// Numbers by the members that they become.
 struct Number {
@@ -31,14 +35,20 @@ struct Number {
   // cppcheck-suppress unusedStructMember  ; as above
   const char* member;
 };
-constexpr Number kNetworkNumbers[]{{"max_num_client", "max_num_client"},
-                                   {"auth_server_Port", "auth_server_port"},
-                                   {"key_rotation", "key_rotation"},
-                                   {"dtim", "dtim"}};
+constexpr Number kServerPort{"auth_server_Port", "auth_server_port"};
+constexpr Number kNetworkNumbers[]{
+    {"max_num_client", "max_num_client"}, {"key_rotation", "key_rotation"}, {"dtim", "dtim"}};
 
 void FindFlag(const Rehearsal& rehearsal, const std::string& file, std::string_view key, Findings& findings) {
-  if (IsUnclearFlag(rehearsal.Was(file, key))) {
+  if (IsLostFlag(rehearsal.Was(file, key))) {
     findings.Add("flag-unknown", ToldOf(rehearsal, file, key));
+  }
+}
+
+void FindNumber(const Place& place, const Number& number, Findings& findings) {
+  const int now = NumberIn(*place.radio.now, number.member, 0);
+  if (!IsReadWhole(place.Was(number.key).value_or(""), now)) {
+    findings.Add("number-unreadable", place.Told(number.key) + " is now " + std::to_string(now));
   }
 }
 
@@ -46,22 +56,38 @@ void FindOfNetwork(const Place& place, Findings& findings) {
   for (const char* key : kNetworkFlags) {
     FindFlag(place.rehearsal, place.radio.file, place.network.Key(key), findings);
   }
-  for (const auto& [key, member] : kNetworkNumbers) {
-    const std::string word = place.Was(key).value_or("");
-    const int now = NumberIn(*place.radio.now, member, 0);
-    if (!IsReadWhole(word, now)) {
-      findings.Add("number-unreadable", place.Told(key) + " is now " + std::to_string(now));
-    }
+  for (const Number& number : kNetworkNumbers) FindNumber(place, number, findings);
+  const int security = NumberIn(*place.radio.now, "security", 0);
+  if (security >= kFirstEnterprise && security <= kLastEnterprise) FindNumber(place, kServerPort, findings);
+}
+
+/// "auto" is how the legacy files write the channel 0.
+void FindChannels(const Rehearsal& rehearsal, const RadioPart& radio, Findings& findings) {
+  for (const char* key : {"channel", "channel2"}) {
+    const std::string word = rehearsal.Was(radio.file, key).value_or("");
+    const int now = NumberIn(*radio.now, key, 0);
+    const bool is_automatic = now == 0 && PlainWord(word) == "auto";
+    if (is_automatic || IsReadWhole(word, now)) continue;
+    findings.Add("number-unreadable", ToldOf(rehearsal, radio.file, key) + " is now " + std::to_string(now));
   }
+}
+
+/// The flags by which the radios are set, in the files that decide.
+void FindRadioFlags(const Rehearsal& rehearsal, Findings& findings) {
+  for (const RadioPart& radio : rehearsal.Radios()) {
+    if (radio.frequency == kBand2_4GHz) FindFlag(rehearsal, radio.file, "force_24g_40mhz", findings);
+    if (!IsSmartConnectOn(rehearsal)) FindFlag(rehearsal, radio.file, "allow_dfs_channels", findings);
+  }
+  if (IsSmartConnectOn(rehearsal)) FindFlag(rehearsal, kAllBandsFile, "allow_dfs_channels", findings);
+  for (const std::string& file : WPSFiles(rehearsal)) FindFlag(rehearsal, file, "ap_enable_wps", findings);
 }
 
 }  // namespace
 
 void FindAboutWords(const Rehearsal& rehearsal, Findings& findings) {
-  ForEachPlace(rehearsal, [&](const Place& place) { FindOfNetwork(place, findings); });
-  for (const RadioPart& radio : rehearsal.Radios()) {
-    for (const char* key : kRadioFlags) FindFlag(rehearsal, radio.file, key, findings);
-  }
+  FindInPlaces(rehearsal, findings, [&](const Place& place) { FindOfNetwork(place, findings); });
+  for (const RadioPart& radio : rehearsal.Radios()) FindChannels(rehearsal, radio, findings);
+  FindRadioFlags(rehearsal, findings);
   for (const NetworkPart& network : rehearsal.Networks()) {
     const char* const key = network.is_guest ? "smartconnect_guest_enabled" : "smartconnect_enabled";
     FindFlag(rehearsal, network.radios.front().file, key, findings);

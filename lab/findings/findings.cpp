@@ -32,6 +32,10 @@ void Findings::Add(std::string_view id, std::string detail) {
   findings_.push_back({kind, std::move(detail)});
 }
 
+void Findings::NoteFrom(std::size_t place, std::string_view note) {
+  for (; place < findings_.size(); ++place) findings_[place].detail.insert(0, note);
+}
+
 std::vector<Finding> Findings::Take() {
   // The kinds stand in one table, so their addresses have its order.
   std::ranges::stable_sort(findings_, {}, &Finding::kind);
@@ -43,8 +47,8 @@ std::vector<Finding> FindIn(const RunResult& run) {
   Findings findings;
   FindAboutRun(rehearsal, findings);
   FindAboutDevice(rehearsal, findings);
+  FindAboutFiles(rehearsal, findings);
   if (rehearsal.IsWholeMigration()) {
-    FindAboutFiles(rehearsal, findings);
     FindAboutNetworks(rehearsal, findings);
     FindAboutSecrets(rehearsal, findings);
     FindAboutProtection(rehearsal, findings);

@@ -1,5 +1,7 @@
 #include "lab/findings/places.h"
 
+#include "lab/households/legacy_words.h"
+
 namespace lab {
 
 std::string NameOf(const std::string& path) {
@@ -20,16 +22,21 @@ std::string Place::ToldWithoutWord(std::string_view key) const {
   return NameOf(radio.file) + ": " + network.Key(key);
 }
 
-void ForEachPlace(const Rehearsal& rehearsal, const std::function<void(const Place&)>& visit) {
-  for (const NetworkPart& network : rehearsal.Networks()) {
-    for (const RadioPart& radio : network.radios) {
-      if (rehearsal.Had(radio.file)) visit({network, radio, rehearsal});
-    }
-  }
+bool Place::WasOn() const {
+  return !SaysOff(Was("enabled").value_or(""));
 }
 
-bool IsUnclearFlag(const std::optional<std::string>& word) {
-  return word && !word->empty() && *word != "yes" && *word != "no";
+void FindInPlaces(const Rehearsal& rehearsal, Findings& findings,
+                  const std::function<void(const Place&)>& visit) {
+  for (const NetworkPart& network : rehearsal.Networks()) {
+    for (const RadioPart& radio : network.radios) {
+      if (!rehearsal.HadEntries(radio.file)) continue;
+      const std::size_t place = findings.Count();
+      const Place visited{network, radio, rehearsal};
+      visit(visited);
+      if (!visited.WasOn()) findings.NoteFrom(place, "the network is off: ");
+    }
+  }
 }
 
 }  // namespace lab

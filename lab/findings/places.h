@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "lab/findings/rules.h"
 #include "lab/households/rehearsal.h"
 
 namespace lab {
@@ -23,18 +24,19 @@ struct Place {
   std::string Told(std::string_view key) const;
   /// As Told, without the word: for secrets.
   std::string ToldWithoutWord(std::string_view key) const;
+  /// Whether the network was on there, in whichever word.
+  bool WasOn() const;
 };
 
-/// Calls `visit` for each network on each radio (all bands included) whose access-point file was there.
-void ForEachPlace(const Rehearsal& rehearsal, const std::function<void(const Place&)>& visit);
+/// Calls `visit` for each network on each radio (all bands included) whose access-point file was there with
+/// settings in it. What that finds where the network was off is noted so.
+void FindInPlaces(const Rehearsal& rehearsal, Findings& findings,
+                  const std::function<void(const Place&)>& visit);
 
 /// "mf.info: policy=word", or "mf.info: policy is missing".
 std::string ToldOf(const Rehearsal& rehearsal, const std::string& file, std::string_view key);
 
 /// The name of the file at `path` without its folder.
 std::string NameOf(const std::string& path);
-
-/// Whether a flag's word is neither yes nor no nor empty, exactly.
-bool IsUnclearFlag(const std::optional<std::string>& word);
 
 }  // namespace lab

@@ -14,6 +14,10 @@ class Findings {
  public:
   /// `id` is that of a kind.
   void Add(std::string_view id, std::string detail);
+  /// How many there are.
+  std::size_t Count() const { return findings_.size(); }
+  /// Puts a note before the details of those from that place on.
+  void NoteFrom(std::size_t place, std::string_view note);
   /// In the order of the kinds, and of one kind in the order in which they were added.
   std::vector<Finding> Take();
 

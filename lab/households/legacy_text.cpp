@@ -1,6 +1,7 @@
 #include "lab/households/legacy_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace lab {
@@ -86,8 +87,17 @@ std::optional<std::string> FindValue(const std::vector<LegacyEntry>& entries, st
 }
 
 bool IsReadWhole(std::string_view word, int number) {
-  word.remove_prefix(std::min(word.find_first_not_of(' '), word.size()));
-  return word.empty() || word == std::to_string(number);
+  const auto take_blanks = [&] {
+    word.remove_prefix(std::min(word.find_first_not_of(" \t\r\n\v\f"), word.size()));
+  };
+  take_blanks();
+  if (word.empty()) return true;
+  if (word.starts_with('+') && !word.starts_with("+-")) word.remove_prefix(1);
+  int read = 0;
+  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), read);
+  word.remove_prefix(static_cast<std::size_t>(end - word.data()));
+  take_blanks();
+  return error == std::errc() && word.empty() && read == number;
 }
 
 std::string WithoutEntry(std::string_view text, const LegacyEntry& entry) {

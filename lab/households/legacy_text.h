@@ -31,7 +31,8 @@ std::vector<LegacyEntry> ParseSectionText(std::string_view text);
 std::optional<std::string> FindValue(const std::vector<LegacyEntry>& entries, std::string_view key,
                                      std::string_view section = "");
 
-/// Whether the number is all that a word says, or there is no word: blanks before it are nothing.
+/// Whether the number is all that a word says, or there is no word: blanks around it, a plus and leading
+/// zeros are nothing.
 bool IsReadWhole(std::string_view word, int number);
 
 /// The text without the line of `entry`, or with another value in it.

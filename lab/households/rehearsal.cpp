@@ -15,6 +15,15 @@ namespace {
 
 constexpr int kMigrationBegun = 229;
 
+/// Of longer words the log may hold the beginning only.
+constexpr std::size_t kLongestWord = std::size_t{100} * 1024;
+
+constexpr std::array<const char*, 4> kDocuments{"global.json", "misc.json", "radio.json", "wps.json"};
+constexpr std::array<const char*, 3> kNetworkDocuments{"network.json.default", "network.json.bridge",
+                                                       "network.json.repeater"};
+
+}  // namespace
+
 std::optional<Json::Value> ParseDocument(std::string_view text) {
   Json::CharReaderBuilder builder;
   Json::CharReaderBuilder::strictMode(&builder.settings_);
@@ -27,12 +36,6 @@ std::optional<Json::Value> ParseDocument(std::string_view text) {
   }
   return std::nullopt;
 }
-
-constexpr std::array<const char*, 4> kDocuments{"global.json", "misc.json", "radio.json", "wps.json"};
-constexpr std::array<const char*, 3> kNetworkDocuments{"network.json.default", "network.json.bridge",
-                                                       "network.json.repeater"};
-
-}  // namespace
 
 std::string NetworkPart::Key(std::string_view key) const {
   return (is_guest && key != "pmf_mode" ? "guest_" : "") + std::string(key);
@@ -50,8 +53,10 @@ bool Rehearsal::Logged(int number) const {
 }
 
 bool Rehearsal::Logged(int number, std::string_view argument) const {
-  const std::vector<std::string> told = ToldBy(number);
-  return std::ranges::find(told, argument) != told.end();
+  argument = argument.substr(0, argument.find('\0'));
+  return std::ranges::any_of(ToldBy(number), [&](const std::string& told) {
+    return told == argument || (told.size() > kLongestWord && argument.starts_with(told));
+  });
 }
 
 std::vector<std::string> Rehearsal::ToldBy(int number) const {
@@ -69,6 +74,17 @@ bool Rehearsal::IsWholeMigration() const {
   return Logged(kMigrationBegun);
 }
 
+bool Rehearsal::IsOfGlobalFiles() const {
+  const std::string path = std::string(kWifiFolder) + "global.json";
+  const Entry* const written = FindFile(run_.after, path);
+  const Entry* const former = FindFile(run_.before, path);
+  return !IsWholeMigration() && written != nullptr && (former == nullptr || *former != *written);
+}
+
+bool Rehearsal::Failed() const {
+  return run_.status != 0;
+}
+
 bool Rehearsal::Had(const std::string& path) const {
   return FindFile(run_.before, path) != nullptr;
 }
@@ -78,10 +94,18 @@ std::string_view Rehearsal::TextOf(const std::string& path) const {
   return file == nullptr ? std::string_view() : std::string_view(file->content);
 }
 
-std::optional<std::string> Rehearsal::Was(const std::string& path, std::string_view key) const {
+bool Rehearsal::HadEntries(const std::string& path) const {
+  return !EntriesOf(path).empty();
+}
+
+const std::vector<LegacyEntry>& Rehearsal::EntriesOf(const std::string& path) const {
   const auto [place, is_new] = entries_.try_emplace(path);
   if (is_new) place->second = ParseKeyValueText(TextOf(path));
-  return FindValue(place->second, key);
+  return place->second;
+}
+
+std::optional<std::string> Rehearsal::Was(const std::string& path, std::string_view key) const {
+  return FindValue(EntriesOf(path), key);
 }
 
 const Json::Value* Rehearsal::Document(const std::string& name) const {

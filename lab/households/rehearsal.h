@@ -18,7 +18,9 @@ namespace lab {
 inline constexpr const char* kWifiFolder = "/usr/kelp/etc/wifi/";
 inline constexpr const char* kInformationStore = "/usr/kelp/etc/info.conf";
 inline constexpr const char* kSecretKeyFile = "/usr/kelp/etc/secret.key";
+inline constexpr const char* kAllBandsFile = "/usr/kelp/etc/wifi/wifi_ap_00:00:00:00:00:00";
 inline constexpr const char* kWPSFile = "/usr/kelp/etc/wifi/wifi_wps";
+inline constexpr const char* kMeshRoleFile = "/usr/kelp/etc/mesh/mesh_role.conf";
 inline constexpr const char* kFilterFolder = "/etc/hostapd/mac_filter/";
 
 /// A radio with its settings, or a network with its settings on one radio.
@@ -55,16 +57,22 @@ class Rehearsal {
 
   /// Whether a line of that number was logged.
   bool Logged(int number) const;
-  /// Whether one was logged with that word or text in it (MessageArgument).
+  /// Whether one was logged with that word or text in it (MessageArgument), which ends at a NUL there.
   bool Logged(int number, std::string_view argument) const;
   /// What the lines of that number tell, each text once, in the order of the log.
   std::vector<std::string> ToldBy(int number) const;
 
   /// Whether this run carried a household over from its legacy files.
   bool IsWholeMigration() const;
+  /// Whether it carried over the global files of release 1.3.
+  bool IsOfGlobalFiles() const;
+  /// Whether it ended in anything but success.
+  bool Failed() const;
 
   /// Whether the legacy file was there before the run, to be read.
   bool Had(const std::string& path) const;
+  /// Whether it was there with at least one entry in it.
+  bool HadEntries(const std::string& path) const;
   /// The text of a file before the run; empty where there was none.
   std::string_view TextOf(const std::string& path) const;
   /// The value that stood under `key` in a key=value file; none where file or key was missing.
@@ -92,8 +100,13 @@ class Rehearsal {
   std::string network_document_;
   std::vector<NetworkPart> networks_;
   std::vector<RadioPart> radios_;
+  const std::vector<LegacyEntry>& EntriesOf(const std::string& path) const;
+
   mutable std::map<std::string, std::vector<LegacyEntry>> entries_;  // of the files asked for
 };
+
+/// The text as a device reads JSON; none for anything else.
+std::optional<Json::Value> ParseDocument(std::string_view text);
 
 /// Members of a document's object, whatever was written there: the given value where the member is missing or
 /// of another kind.

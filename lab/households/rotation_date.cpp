@@ -10,18 +10,23 @@
 namespace lab {
 namespace {
 
+constexpr std::string_view kBlanks = " \t\r\n\v\f";
+
 /// The numbers of a text in which `separators` stand between them, one each; none for another text, or one
-/// with a number too large. Blanks and a plus before a number are nothing.
+/// with a number too large. Blanks around a number and a plus before it are nothing.
 std::optional<std::vector<int>> Numbers(std::string_view text, std::string_view separators) {
   std::vector<int> numbers;
   for (std::size_t place = 0; place <= separators.size(); ++place) {
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     if (text.starts_with('+')) text.remove_prefix(1);
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc()) return std::nullopt;
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     numbers.push_back(number);
+    // A blank may itself be what separates.
+    const std::size_t behind = std::min(text.find_first_not_of(kBlanks), text.size());
+    if (place == separators.size() || separators[place] != ' ') text.remove_prefix(behind);
     if (place == separators.size()) break;
     if (!text.starts_with(separators[place])) return std::nullopt;
     text.remove_prefix(1);
@@ -41,6 +46,12 @@ bool IsOtherDate(const std::string& stored, const std::string& now) {
   const auto is = PartsOf(now);
   if (!was || !is) return true;
   return (*was)[0] != (*is)[0] || (*was)[1] != (*is)[1] || (*was)[2] != (*is)[2];
+}
+
+std::optional<RotationTime> TimeIn(const std::string& now) {
+  const auto parts = PartsOf(now);
+  if (!parts) return std::nullopt;
+  return RotationTime{(*parts)[3], (*parts)[4]};
 }
 
 bool IsInCalendar(const std::string& now) {

@@ -4,14 +4,17 @@
 #include <array>
 #include <string_view>
 
+#include "lab/households/legacy_words.h"
+#include "lab/households/mesh_role.h"
 #include "lab/households/rotation_date.h"
 #include "lab/households/schemas.h"
+#include "lab/households/stored_name.h"
 
 namespace lab {
 namespace {
 
 /// How a setting's word and its value are compared, to see whether the word counted.
-enum class Form { Flag, NegatedFlag, Number, Word, Text, Ssid, Secret, Date, List, Fixed };
+enum class Form { Flag, NegatedFlag, Number, Word, Text, Ssid, Secret, Pin, Date, List, Fixed };
 
 /// A member of a document and the legacy key that it is named for.
 struct Member {
@@ -74,21 +77,34 @@ constexpr std::array kRadioMembers{
     Member{"fourthFlag", nullptr, Form::Fixed},
 };
 
+constexpr int kOpen = 0;
+constexpr int kOWE = 1;
 constexpr int kFirstEnterprise = 8;
 constexpr int kLastEnterprise = 11;
+constexpr int kCannotOpenSecret = 589;
 constexpr int kBand2_4GHz = 1;
+constexpr int kUnknownPower = 811;
 
 /// "auto" is how the legacy files write the channel 0.
 bool IsAutomaticChannel(const Member& member, const std::string& word, const Json::Value& now) {
-  return std::string_view(member.key).starts_with("channel") && word == "auto" && now == 0;
+  return std::string_view(member.key).starts_with("channel") && PlainWord(word) == "auto" && now == 0;
 }
 
-bool FellBack(const Rehearsal& rehearsal, const Member& member, const Setting& setting) {
+/// Whether a secret that was stored, or that the network's security needs, could not be opened.
+bool IsSecretLost(const Rehearsal& rehearsal, const std::string& word, const Json::Value& object) {
+  const int security = NumberIn(object, "security", kOpen);
+  const bool is_told = rehearsal.Logged(kCannotOpenSecret, word);
+  return is_told && (!word.empty() || (security != kOpen && security != kOWE));
+}
+
+bool FellBack(const Rehearsal& rehearsal, const Member& member, const Setting& setting,
+              const Json::Value& object) {
   const std::string word = setting.was.value_or("");
   switch (member.form) {
     case Form::Flag:
+      return IsLostFlag(setting.was);
     case Form::NegatedFlag:
-      return !word.empty() && word != "yes" && word != "no";
+      return IsLostRefusal(setting.was);
     case Form::Number:
       return setting.now.isInt() && !IsReadWhole(word, setting.now.asInt()) &&
              !IsAutomaticChannel(member, word, setting.now);
@@ -96,8 +112,12 @@ bool FellBack(const Rehearsal& rehearsal, const Member& member, const Setting& s
       return member.key == nullptr ? rehearsal.Logged(member.message)
                                    : rehearsal.Logged(member.message, word);
     case Form::Ssid:
+      return !word.empty() && setting.now.isString() &&
+             (setting.now.asString().empty() || IsNameCut(word, setting.now.asString()));
     case Form::Secret:
-      return !word.empty() && setting.now == "";
+      return IsSecretLost(rehearsal, word, object);
+    case Form::Pin:
+      return !setting.was;
     case Form::Date:
       return setting.now.isString() && IsOtherDate(word, setting.now.asString());
     case Form::Text:
@@ -121,7 +141,7 @@ Setting Describe(const Rehearsal& rehearsal, const Member& member, const std::st
     setting.key = key;
     setting.was = rehearsal.Was(file, key);
   }
-  setting.fell_back = rehearsal.IsWholeMigration() && FellBack(rehearsal, member, setting);
+  setting.fell_back = rehearsal.IsWholeMigration() && FellBack(rehearsal, member, setting, object);
   return setting;
 }
 
@@ -134,22 +154,38 @@ std::string KeyOf(const Member& member, const NetworkPart& network, const Json::
   return network.Key(member.key);
 }
 
-bool IsSmartConnectOn(const Rehearsal& rehearsal) {
-  const auto& networks = rehearsal.Networks();
-  return std::ranges::any_of(networks, [](const NetworkPart& network) {
-    return !network.is_guest && FlagIn(*network.now, "smartConnect");
-  });
+/// Whether a radio's own word says something else than counts now. A power that is not known says nothing.
+bool IsDecidedElsewhere(const Setting& setting) {
+  const std::string own = setting.was.value_or("");
+  if (setting.now.isBool()) return (own == "yes") != setting.now.asBool();
+  return (own == "low" || own == "medium" || own == "high") && own != setting.meaning;
+}
+
+/// The schedule's date has its time with it, which stands under keys of its own.
+void AddTime(const Rehearsal& rehearsal, const NetworkPart& network, Setting& date) {
+  const auto hour = rehearsal.Was(date.file, network.Key("pwd_rotate_hour"));
+  const auto minute = rehearsal.Was(date.file, network.Key("pwd_rotate_minute"));
+  const auto time = TimeIn(date.now.isString() ? date.now.asString() : "");
+  const bool is_other_time = time && (!IsReadWhole(hour.value_or(""), time->hour) ||
+                                      !IsReadWhole(minute.value_or(""), time->minute));
+  date.fell_back = date.fell_back || (rehearsal.IsWholeMigration() && is_other_time);
+  if (!date.was && !hour && !minute) return;
+  date.was = date.was.value_or("") + " " + hour.value_or("") + ":" + minute.value_or("");
 }
 
 /// With smart connect a radio's power and DFS are those of the all-bands file.
 void LetAllBandsDecide(const Rehearsal& rehearsal, Setting& setting) {
   const bool is_flag = setting.key == "allow_dfs_channels";
   if (!is_flag && setting.key != "tx_power") return;
-  const std::string all_bands = std::string(kWifiFolder) + "wifi_ap_00:00:00:00:00:00";
-  const std::string deciding = rehearsal.Was(all_bands, setting.key).value_or("");
-  const std::string own = setting.was.value_or("");
-  setting.decided_elsewhere = is_flag ? (own == "yes") != (deciding == "yes") : own != deciding;
-  if (!is_flag) setting.fell_back = rehearsal.Logged(811, deciding);
+  const std::string deciding = rehearsal.Was(kAllBandsFile, setting.key).value_or("");
+  setting.decided_elsewhere = IsDecidedElsewhere(setting);
+  setting.fell_back = is_flag ? IsLostFlag(deciding) : rehearsal.Logged(kUnknownPower, deciding);
+}
+
+bool IsWPSWordLost(const Rehearsal& rehearsal) {
+  const std::vector<std::string> files = WPSFiles(rehearsal);
+  return std::ranges::any_of(
+      files, [&](const std::string& file) { return IsLostFlag(rehearsal.Was(file, "ap_enable_wps")); });
 }
 
 Setting Fact(const Rehearsal& rehearsal, const char* member, const char* key, const Json::Value& object,
@@ -158,11 +194,18 @@ Setting Fact(const Rehearsal& rehearsal, const char* member, const char* key, co
   // Only a whole migration takes these from the information store.
   const bool has_key = key != nullptr && rehearsal.IsWholeMigration();
   Setting setting = Describe(rehearsal, fact, kInformationStore, has_key ? key : "", object, words);
-  setting.fell_back = message != 0 && rehearsal.Logged(message);
+  setting.fell_back = message != 0 && rehearsal.IsWholeMigration() && rehearsal.Logged(message);
   return setting;
 }
 
 }  // namespace
+
+bool IsSmartConnectOn(const Rehearsal& rehearsal) {
+  const auto& networks = rehearsal.Networks();
+  return std::ranges::any_of(networks, [](const NetworkPart& network) {
+    return !network.is_guest && FlagIn(*network.now, "smartConnect");
+  });
+}
 
 std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const NetworkPart& network,
                                 const RadioPart& radio) {
@@ -178,6 +221,7 @@ std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const NetworkPart& n
   for (const Member& member : kRotationMembers) {
     const std::string key = network.is_guest ? network.Key(member.key) : "";
     Setting setting = Describe(rehearsal, member, radio.file, key, rotation, rotation_words);
+    if (network.is_guest && member.form == Form::Date) AddTime(rehearsal, network, setting);
     if (!network.is_guest) setting.fell_back = false;
     setting.member = "guestPasswordRotation." + setting.member;
     settings.push_back(std::move(setting));
@@ -194,6 +238,7 @@ std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const RadioPart& rad
                            rehearsal.Was(radio.file, "force_24g_40mhz") == "yes";
     const char* const key = is_forced ? "force_24g_40mhz" : member.key;
     Setting setting = Describe(rehearsal, member, radio.file, key == nullptr ? "" : key, *radio.now, words);
+    if (is_forced) setting.fell_back = false;
     if (smart_connect) LetAllBandsDecide(rehearsal, setting);
     settings.push_back(std::move(setting));
   }
@@ -211,10 +256,21 @@ std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const NetworkPart& n
   Setting profile = Describe(rehearsal, {"mac_filter_profile_id", "policy", Form::Text}, filter, "policy",
                              *network.now, words);
   const std::string policy = profile.was.value_or("");
-  const bool is_wanted = !policy.empty() && policy != "disabled";
+  const bool is_wanted = !SaysOff(policy);
   profile.fell_back = rehearsal.IsWholeMigration() && is_wanted && profile.now == -1;
   settings.push_back(std::move(profile));
   return settings;
+}
+
+std::vector<std::string> WPSFiles(const Rehearsal& rehearsal) {
+  if (IsSmartConnectOn(rehearsal)) return {kAllBandsFile};
+  std::vector<std::string> files;
+  files.reserve(rehearsal.Radios().size());
+  for (const RadioPart& radio : rehearsal.Radios()) {
+    files.push_back(radio.file);
+    if (rehearsal.Was(radio.file, "ap_enable_wps") == "yes") break;
+  }
+  return files;
 }
 
 std::vector<Setting> WPSSettings(const Rehearsal& rehearsal) {
@@ -222,12 +278,13 @@ std::vector<Setting> WPSSettings(const Rehearsal& rehearsal) {
   if (wps == nullptr) return {};
   const Json::Value& words = Properties("wps", "");
   std::vector<Setting> settings;
-  for (const Member& member : {Member{"enabled", nullptr, Form::Fixed}, Member{"band", nullptr, Form::Fixed},
-                               Member{"pin_enabled", "is_wps_ap_pin_enabled", Form::Flag},
-                               Member{"pin", "wps_ap_pin", Form::Secret}}) {
+  for (const Member& member :
+       {Member{"enabled", nullptr, Form::Fixed}, Member{"band", nullptr, Form::Fixed},
+        Member{"pin_enabled", "is_wps_ap_pin_enabled", Form::Flag}, Member{"pin", "wps_ap_pin", Form::Pin}}) {
     settings.push_back(
         Describe(rehearsal, member, kWPSFile, member.key == nullptr ? "" : member.key, *wps, words));
   }
+  settings.front().fell_back = rehearsal.IsWholeMigration() && IsWPSWordLost(rehearsal);
   return settings;
 }
 
@@ -241,9 +298,11 @@ std::vector<Setting> DeviceSettings(const Rehearsal& rehearsal) {
                             words["meshInfo"]["properties"], 140));
     settings.push_back(Fact(rehearsal, "isRepeater", "mesh_network_role", (*global)["meshInfo"],
                             words["meshInfo"]["properties"], 140));
+    settings.back().fell_back = settings.back().fell_back || !LostRepeaterRole(rehearsal).empty();
     settings.push_back(Fact(rehearsal, "countryCode", "country_code", (*global)["countryCodeSetting"],
                             words["countryCodeSetting"]["properties"], 280));
     settings.push_back(Fact(rehearsal, "backhaulSwapped", "mesh_swap_backhaul_band", *global, words, 300));
+    settings.back().fell_back = settings.back().fell_back || IsLostFlag(settings.back().was);
   }
   const Json::Value* const misc = rehearsal.Document("misc.json");
   if (misc != nullptr && misc->isObject()) {
@@ -258,7 +317,8 @@ std::vector<Setting> DeviceSettings(const Rehearsal& rehearsal) {
       settings.back().member = std::string("broadcastDetect.") + member.name;
     }
     Setting& detection = settings[settings.size() - 2];
-    detection.fell_back = detection.fell_back || (detection.was == "yes" && detection.now == false);
+    const bool is_off = detection.was == "yes" && detection.now == false;
+    detection.fell_back = detection.fell_back || (rehearsal.IsWholeMigration() && is_off);
   }
   return settings;
 }

@@ -36,6 +36,10 @@ std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const NetworkPart& n
                                 const RadioPart& radio);
 /// The settings of a radio.
 std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const RadioPart& radio);
+/// Whether the primary network's smart connect makes the all-bands file decide.
+bool IsSmartConnectOn(const Rehearsal& rehearsal);
+/// The files of which the program reads whether WPS is on: those of the radios up to the first that says so.
+std::vector<std::string> WPSFiles(const Rehearsal& rehearsal);
 /// What holds for a network as a whole: smart connect, the MAC filter.
 std::vector<Setting> SettingsOf(const Rehearsal& rehearsal, const NetworkPart& network);
 std::vector<Setting> WPSSettings(const Rehearsal& rehearsal);

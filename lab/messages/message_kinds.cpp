@@ -11,7 +11,7 @@ const std::vector<MessageKind>& MessageKinds() {
       {140, "Failed to get mesh role, error: %s",
        "The information store's mesh_network_role or the mesh file (/usr/kelp/etc/mesh/mesh.conf) cannot be "
        "read.",
-       "The device counts as standing alone; the nodes of a mesh lose their router.",
+       "The device counts as standing alone; the nodes of a mesh lose their router. None from build 8228 on.",
        "Restore the mesh file, or set the mesh up anew."},
       {168, "Failed to get network context: %s",
        "The information store's net_topology cannot be read, or is neither router nor bridge.",

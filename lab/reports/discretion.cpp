@@ -317,6 +317,7 @@ std::string Discretion::Text(std::string_view text) const {
 }
 
 std::string Discretion::Value(std::string_view key, const std::string& value) const {
+  if (value.empty()) return value;
   if (IsSecretKey(key)) return Secret(value);
   if (IsStoredSsidKey(key)) return StoredSsid(value);
   if (IsSsidKey(key)) return Ssid(value);

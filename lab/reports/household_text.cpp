@@ -126,7 +126,7 @@ class Printer {
     if (report_.device.empty()) return;
     std::vector<std::string> parts;
     for (const Setting& setting : report_.device) {
-      if (setting.member == "broadcastDetect.threshold") continue;
+      if (setting.member == "broadcastDetect.threshold" && !setting.fell_back) continue;
       std::string text = setting.title + ": " + Words(setting);
       if (setting.fell_back) text += " (was " + Was(setting) + ")";
       parts.push_back(text + Mark(setting));
@@ -201,9 +201,9 @@ class Printer {
     const Setting* const band = Find(report_.wps, "band");
     const Setting* const pin_enabled = Find(report_.wps, "pin_enabled");
     const Setting* const pin = Find(report_.wps, "pin");
-    out_ << "  WPS          " << (enabled->now == true ? "on, " + Words(*band) : "off") << "; by PIN "
-         << (pin_enabled->now == true ? "allowed" : "not allowed") << Mark(*pin_enabled) << ", PIN "
-         << Plain(pin->now) << Mark(*pin) << '\n';
+    out_ << "  WPS          " << (enabled->now == true ? "on, " + Words(*band) : "off") << Mark(*enabled)
+         << "; by PIN " << (pin_enabled->now == true ? "allowed" : "not allowed") << Mark(*pin_enabled)
+         << ", PIN " << Plain(pin->now) << Mark(*pin) << '\n';
     const bool any_decided = std::ranges::any_of(report_.radios, [](const HouseholdReport::Part& radio) {
       return std::ranges::any_of(radio.settings, &Setting::decided_elsewhere);
     });

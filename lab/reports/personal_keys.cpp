@@ -34,6 +34,7 @@ bool EndsInAny(std::string_view name, std::initializer_list<std::string_view> en
 
 bool IsSecretKey(std::string_view key) {
   std::string name = NameIn(key);
+  if (name == "guestpasswordrotation") return false;  // a schedule
   if (HasAny(name, {"password", "passphrase", "passwd", "secret", "psk", "credential"})) return true;
   // "wl0_key1" and its like: each WEP key has a number.
   while (!name.empty() && std::isdigit(static_cast<unsigned char>(name.back())) != 0) name.pop_back();

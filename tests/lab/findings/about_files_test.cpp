@@ -54,6 +54,45 @@ TEST(FindingsAboutFiles, TellLineEndsOfAnotherSystemInAFilterList) {
   EXPECT_THAT(Found(household), Contains("crlf-lines: mf_deny.conf"));
 }
 
+TEST(FindingsAboutFiles, TellAFileWithoutSettings) {
+  for (const char* text : {"", "\n", "# nothing but a comment\n"}) {
+    Household household;
+    household.Files().Write(Household::k5, text);
+    EXPECT_THAT(Found(household), ElementsAre("access-point-file-empty: wifi_ap_02:11:32:00:00:05"));
+  }
+}
+
+TEST(FindingsAboutFiles, TellLineEndsOfAnOlderSystem) {
+  Household household;
+  household.Files().Write(Household::kWPS, "is_wps_ap_pin_enabled=yes\rwps_ap_pin=87654325\r");
+  EXPECT_THAT(Found(household), Contains("crlf-lines: wifi_wps"));
+}
+
+TEST(FindingsAboutFiles, LeaveACommentAloneThatEndsOtherwise) {
+  Household household;
+  household.Files().Write(Household::k24, "# made elsewhere\r\n" + household.Files().Read(Household::k24));
+  EXPECT_THAT(Found(household), IsEmpty());
+}
+
+TEST(FindingsAboutFiles, TellASectionWhoseNameEndsOtherwise) {
+  Household household;
+  household.Files().Write(Household::kDenyList,
+                          household.Files().Read(Household::kDenyList) + "[two]\r\nenable=no\n");
+  EXPECT_THAT(Found(household), Contains("crlf-lines: mf_deny.conf"));
+}
+
+TEST(FindingsAboutFiles, TellTheFactsWhoseLineEndsStopTheUpdate) {
+  Household household;
+  household.Files().Write(Household::kInformation,
+                          WithCarriageReturns(household.Files().Read(Household::kInformation)));
+  EXPECT_THAT(Found(household),
+              ElementsAre("migration-stopped: Invalid kelpbios value: orchid\r", "crlf-lines: info.conf"));
+  Household newer;
+  newer.Files().Write(Household::kInformation,
+                      newer.Files().Read(Household::kInformation) + "color=blue\r\n");
+  EXPECT_THAT(Found(newer, "9225"), IsEmpty());
+}
+
 TEST(FindingsAboutFiles, TakeACarriageReturnInsideALineForAByte) {
   Household household;
   household.SetEverywhere("schedule", "daily\r05:00");

@@ -46,6 +46,33 @@ TEST(FindingsAboutFilters, TellAPolicyThatIsNotKnown) {
   EXPECT_THAT(Found(household), ElementsAre("filter-policy-unknown: mf.info: policy=Deny"));
 }
 
+TEST(FindingsAboutFilters, LeaveAPolicyAloneThatSaysOff) {
+  for (const char* word : {"Disabled", "disabled ", "off", "none"}) {
+    Household household;
+    household.Set(Household::kPolicy, "policy", word);
+    EXPECT_THAT(Found(household), IsEmpty()) << word;
+  }
+}
+
+TEST(FindingsAboutFilters, TellAListThatCannotBeRead) {
+  Household household;
+  household.Files().Remove(Household::kDenyList);
+  household.Files().Write(std::string(Household::kDenyList) + "/file", "");
+  EXPECT_THAT(Found(household),
+              ElementsAre("filter-off: mf.info: policy=deny, but mf_deny.conf cannot be read"));
+}
+
+TEST(FindingsAboutFilters, TellABroadcastThresholdThatIsNotReadWhole) {
+  Household household;
+  household.Set(Household::kBroadcast, "broadcast_threshold", "50 a second");
+  EXPECT_THAT(Found(household),
+              ElementsAre("number-unreadable: mf.setting: broadcast_threshold=50 a second is now 50"));
+  Household off;
+  off.Set(Household::kBroadcast, "broadcast_threshold", "50 a second");
+  off.Set(Household::kBroadcast, "broadcast_detect_enabled", "NO");
+  EXPECT_THAT(Found(off), IsEmpty());
+}
+
 TEST(FindingsAboutFilters, TellAnEntryThatIsLeftOutForItsSpelling) {
   Household household;
   household.Files().Write(Household::kDenyList, household.Files().Read(Household::kDenyList) +

@@ -14,6 +14,43 @@ TEST(FindingsAboutGuests, TellGuestsWhoAreLetInForAWord) {
   EXPECT_THAT(Found(household), ElementsAre("guests-let-in: " + k24 + "guest_allow_access_guest=No"));
 }
 
+TEST(FindingsAboutGuests, TellGuestsWhoAreLetInForAnyWordThatRefuses) {
+  for (const char* word : {"NO", "no ", "no\t", "off", "0", "false", "maybe"}) {
+    Household household;
+    household.Set(Household::k24, "guest_allow_access_guest", word);
+    EXPECT_THAT(Found(household), ElementsAre("guests-let-in: " + k24 + "guest_allow_access_guest=" + word));
+  }
+}
+
+TEST(FindingsAboutGuests, LeaveGuestsAloneWhomAnyWordWelcomes) {
+  for (const char* word : {"YES", "Yes ", "1", "true", "on", ""}) {
+    Household household;
+    household.Set(Household::k24, "guest_allow_access_guest", word);
+    EXPECT_THAT(Found(household), IsEmpty()) << word;
+  }
+}
+
+TEST(FindingsAboutGuests, LeaveARotationAloneThatWasOff) {
+  Household household;
+  household.Set(Household::k24, "guest_pwd_rotate_enable", "No");
+  EXPECT_THAT(Found(household), IsEmpty());
+}
+
+TEST(FindingsAboutGuests, LeaveATimeAloneThatIsReadWhole) {
+  Household household;
+  household.Set(Household::k24, "guest_pwd_rotate_hour", " 09 ");
+  household.Set(Household::k24, "guest_pwd_rotate_minute", "+5");
+  household.Set(Household::k24, "guest_pwd_rotate_date", "2023/07/4 ");
+  EXPECT_THAT(Found(household), IsEmpty());
+}
+
+TEST(FindingsAboutGuests, TellATimeThatIsTooLarge) {
+  Household household;
+  household.Set(Household::k24, "guest_pwd_rotate_hour", "99999999999");
+  EXPECT_THAT(Found(household),
+              ElementsAre("rotation-changed: " + k24 + "guest_pwd_rotate_hour=99999999999"));
+}
+
 TEST(FindingsAboutGuests, LeaveGuestsAloneWhoWereWelcome) {
   Household household;
   household.Set(Household::k24, "guest_allow_access_guest", "yes");

@@ -28,6 +28,15 @@ TEST(FindingsAboutProtection, TellAWPA3ThatIsWeakerNow) {
                                             "wpa3-weakened: " + k5 + "security=PERSONAL_WPA3 "));
 }
 
+TEST(FindingsAboutProtection, TellAWPA3InOtherLetters) {
+  Household household;
+  household.Set(Household::k5, "security", "personal_wpa3");
+  household.Set(Household::k24, "security", "wpa2_wpa3");
+  EXPECT_THAT(Found(household), ElementsAre("security-unknown: " + k24 + "security=wpa2_wpa3",
+                                            "security-unknown: " + k5 + "security=personal_wpa3",
+                                            "wpa3-weakened: " + k5 + "security=personal_wpa3"));
+}
+
 TEST(FindingsAboutProtection, LeaveWPA3AloneThatStays) {
   Household household;
   household.Set(Household::k5, "security", "PERSONAL_WPA3");
@@ -90,6 +99,7 @@ TEST(FindingsAboutProtection, TellIsolationThatIsOffForItsSpelling) {
   EXPECT_THAT(Found(household), ElementsAre("isolation-lost: " + k24 + "guest_ap_isolation=1"));
   Household other;
   other.Set(Household::k24, "guest_ap_isolation", "no");
+  other.Set(Household::k5, "guest_ap_isolation", "0");
   EXPECT_THAT(Found(other), IsEmpty());
 }
 

@@ -52,6 +52,27 @@ TEST(FindingsAboutRadios, TellWhatSmartConnectTakesFromARadio) {
                   "smart-connect-decides: " + k5 + "ap_enable_wps=yes, all bands ap_enable_wps=no"));
 }
 
+TEST(FindingsAboutRadios, TellWPSThatStaysOnForOneRadio) {
+  Household household;
+  household.SetEverywhere("ap_enable_wps", "yes");
+  EXPECT_THAT(Found(household), ElementsAre("wps-on-one-band: " + k5 + "ap_enable_wps=yes"));
+  Household one;
+  one.Set(Household::k5, "ap_enable_wps", "yes");
+  EXPECT_THAT(Found(one), IsEmpty());
+  Household smart;
+  smart.SetEverywhere("ap_enable_wps", "yes");
+  smart.Set(Household::kAllBands, "smartconnect_enabled", "yes");
+  EXPECT_THAT(Found(smart), IsEmpty());
+}
+
+TEST(FindingsAboutRadios, TakeAPowerThatIsNotKnownForNoneThatWasTaken) {
+  Household household;
+  household.Set(Household::kAllBands, "smartconnect_enabled", "yes");
+  household.Set(Household::k24, "tx_power", "full");
+  household.Drop(Household::k5, "tx_power");
+  EXPECT_THAT(Found(household), IsEmpty());
+}
+
 TEST(FindingsAboutRadios, TellThePowerOfTheFileThatDecides) {
   Household household;
   household.Set(Household::kAllBands, "smartconnect_enabled", "yes");

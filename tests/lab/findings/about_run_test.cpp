@@ -5,6 +5,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 const std::string kWifi = "/usr/kelp/etc/wifi/";
 
@@ -14,12 +15,61 @@ TEST(FindingsAboutTheRun, NameTheLegacyFileAtWhichTheArchiveStopped) {
   EXPECT_THAT(Found(household), ElementsAre("archive-stopped: " + kWifi + "lbd.guest.conf is missing"));
 }
 
-TEST(FindingsAboutTheRun, TellAnArchiveFromAnUpdateThatStopped) {
+TEST(FindingsAboutTheRun, TellAnArchiveThatCannotBeMade) {
   Household household;
   household.Files().Write(kWifi + "legacy", "no folder");
+  EXPECT_THAT(Found(household), ElementsAre(StartsWith("archive-stopped: filesystem error: cannot create")));
+  Household other;
+  other.Files().Write(kWifi + "legacy/wifi_wps/file", "");
+  EXPECT_THAT(Found(other),
+              ElementsAre(StartsWith("archive-stopped: filesystem error: cannot rename: Is a dir")));
+}
+
+TEST(FindingsAboutTheRun, TellAnArchiveFromADocumentThatCannotBeWritten) {
+  Household household;
+  household.Files().Write(kWifi + "network.json.default", "[]");  // an earlier run's, and complete with it
+  household.Files().Write(kWifi + "wps.json/file", "");
   const std::vector<std::string> found = Found(household);
   ASSERT_EQ(found.size(), 1U);
-  EXPECT_THAT(found.front(), ::testing::StartsWith("migration-stopped: filesystem error: cannot create"));
+  EXPECT_THAT(found.front(), StartsWith("migration-stopped: "));
+}
+
+TEST(FindingsAboutTheRun, TellARunThatTellsNothing) {
+  Household household;
+  lab::RunResult run = household.Update();
+  run.after = run.before;
+  run.log.resize(1);
+  run.status = -1;
+  run.signal = 11;
+  ASSERT_EQ(lab::FindIn(run).size(), 1U);
+  EXPECT_EQ(lab::FindIn(run).front().detail, "killed by signal 11");
+  run.timed_out = true;
+  EXPECT_EQ(lab::FindIn(run).front().detail, "did not end in time");
+  EXPECT_EQ(lab::FindIn(run).front().kind->id, "migration-stopped");
+}
+
+TEST(FindingsAboutTheRun, TellARunThatWasKilledBehindItsDocuments) {
+  Household household;
+  lab::RunResult run = household.Update();
+  run.status = -1;
+  run.signal = 9;
+  ASSERT_EQ(lab::FindIn(run).size(), 1U);
+  EXPECT_EQ(lab::FindIn(run).front().kind->id, "archive-stopped");
+}
+
+void MakeGlobalFiles(Household& household) {
+  household.Files().Write(kWifi + "model.json", R"({"connected_models": []})");
+  household.Files().Write(kWifi + "country.json", R"({"country_code": "DE"})");
+  household.Files().Write(kWifi + "backhaul.json", R"({"radio_frequencies": ["Band5GHz_1"]})");
+}
+
+TEST(FindingsAboutTheRun, TellAnUpdateOfGlobalFilesThatHadBeenDone) {
+  Household household;
+  MakeGlobalFiles(household);
+  EXPECT_THAT(Found(household, "9000"), IsEmpty());
+  EXPECT_THAT(Found(household, "9000"), ElementsAre("update-repeated: global.json is there"));
+  Household other;
+  EXPECT_THAT(Found(other, "9000"), ElementsAre("migration-stopped: some old config files are not existed."));
 }
 
 TEST(FindingsAboutTheRun, TellWhyTheUpdateStopped) {

@@ -93,13 +93,24 @@ TEST(FindingsAboutSecrets, TellASecretThatIsStoredUnsealedWithoutTellingIt) {
   }
 }
 
+TEST(FindingsAboutSecrets, TakeADamagedSecretForNoUnsealedOne) {
+  Household household;
+  std::string sealed = household.Sealed("home secret");
+  household.Set(Household::k24, "password", sealed + "\r");
+  sealed[20] = '*';
+  household.Set(Household::k5, "password", sealed);
+  EXPECT_THAT(Found(household),
+              ElementsAre("crlf-lines: wifi_ap_02:11:32:00:00:04", "password-lost: " + k24 + "password",
+                          "password-lost: wifi_ap_02:11:32:00:00:05: password"));
+}
+
 TEST(FindingsAboutSecrets, TellAWPSPinThatIsAnotherOne) {
   Household household;
   household.Drop(Household::kWPS, "wps_ap_pin");
   EXPECT_THAT(Found(household), ElementsAre(StartsWith("wps-pin-changed: wifi_wps: wps_ap_pin is missing")));
   Household other;
   other.Set(Household::kWPS, "wps_ap_pin", "");
-  EXPECT_THAT(Found(other), ElementsAre("wps-pin-changed: wifi_wps: wps_ap_pin is empty"));
+  EXPECT_THAT(Found(other), ElementsAre("wps-pin-changed: wifi_wps: wps_ap_pin is empty; no PIN counts"));
 }
 
 TEST(FindingsAboutSecrets, NeedNoPinWhereNobodyMayUseOne) {

@@ -65,6 +65,72 @@ TEST(PrintHousehold, MarksEveryFallback) {
   EXPECT_THAT(view, HasSubstr("  760 Invalid security mode: WPA2, select wpa2.  The network uses WPA2: "));
 }
 
+TEST(PrintHousehold, MarksFallbacksThatTheProgramDoesNotLog) {
+  Household household;
+  household.Set(Household::k24, "ssid", "SG8AbWU=");  // "Ho", NUL, "me"
+  household.Set(Household::k24, "guest_pwd_rotate_hour", "7pm");
+  household.Set(Household::k5, "ap_enable_wps", "Yes");
+  household.Drop(Household::kWPS, "wps_ap_pin");
+  household.Set(Household::kInformation, "mesh_swap_backhaul_band", "YES");
+  household.Set(Household::kInformation, "mesh_network_role", "RE");
+  household.Set(Household::kBroadcast, "broadcast_threshold", "50x");
+  const std::string view = View(household.Update());
+  EXPECT_THAT(view, HasSubstr("on  \"Ho\" !; "));
+  EXPECT_THAT(view, HasSubstr("! guest_pwd_rotate_date 2023/7/4 7pm:5 -> \"2023-07-04 07:05\"\n"));
+  EXPECT_THAT(view, HasSubstr("  WPS          off !; "));
+  EXPECT_THAT(view, HasSubstr("PIN ******** !\n"));
+  EXPECT_THAT(view, HasSubstr("(was YES) !"));
+  EXPECT_THAT(view, HasSubstr("(was RE) !"));
+  EXPECT_THAT(view, HasSubstr("50 (was 50x) !"));
+}
+
+TEST(PrintHousehold, MarksAPasswordThatIsMissingWhereOneIsNeeded) {
+  Household household;
+  household.Drop(Household::k24, "password");
+  household.Set(Household::k5, "security", "disabled");
+  household.Drop(Household::k5, "password");
+  const std::string view = View(household.Update());
+  EXPECT_THAT(view, HasSubstr("WPA2; PMF capable; password none !\n"));
+  EXPECT_THAT(view, HasSubstr("open; PMF capable; password none\n"));
+}
+
+TEST(PrintHousehold, MarksNothingThatDidNotFallBack) {
+  Household household;
+  household.Set(Household::k24, "guest_enabled", "No");
+  household.Set(Household::k24, "max_num_client", " 064 ");
+  household.Set(Household::k5, "channel", "AUTO");
+  household.Set(Household::k5, "guest_allow_access_guest", "YES");
+  household.Set(Household::k5, "guest_pwd_rotate_date", "2023/07/04 ");
+  household.Set(Household::k5, "password", household.Sealed(""));
+  household.Set(Household::kPolicy, "policy", "Disabled");
+  household.Set(Household::kWPS, "wps_ap_pin", "");
+  EXPECT_THAT(View(household.Update()), Not(HasSubstr("!")));
+}
+
+TEST(PrintHousehold, MarksNothingOfAnEarlierRun) {
+  Household household;
+  household.Update();
+  household.Files().Remove(Household::kMesh);
+  EXPECT_THAT(View(household.Update()), Not(HasSubstr("!")));
+}
+
+TEST(PrintHousehold, MarksAWordThatEndsAtANul) {
+  Household household;
+  household.Set(Household::k24, "security", std::string("PERSONAL_WPA2\0x", 15));
+  EXPECT_THAT(View(household.Update()), HasSubstr("PERSONAL_WPA2\\x00x -> security 4, WPA2 !; "));
+}
+
+TEST(PrintHousehold, MarksTheSwitchOfTheFileThatDecides) {
+  Household household;
+  household.Set(Household::kAllBands, "smartconnect_enabled", "yes");
+  household.Set(Household::k24, "allow_dfs_channels", "Yes");
+  EXPECT_THAT(View(household.Update()), HasSubstr("DFS Yes -> no; USB 3 on\n"));
+  Household other;
+  other.Set(Household::kAllBands, "smartconnect_enabled", "yes");
+  other.Set(Household::kAllBands, "allow_dfs_channels", "Yes");
+  EXPECT_THAT(View(other.Update()), HasSubstr("DFS no -> no !; USB 3 on\n"));
+}
+
 TEST(PrintHousehold, MarksWhatSmartConnectDecides) {
   Household household;
   household.Set(Household::kAllBands, "smartconnect_enabled", "yes");

@@ -29,7 +29,8 @@ TEST(PersonalKeys, KnowSecretsInAnySpelling) {
     EXPECT_TRUE(lab::IsSecretKey(key)) << key;
   }
   for (const char* key : {"", "pin_enabled", "is_wps_ap_pin_enabled", "key_rotation", "guest_key_rotation",
-                          "guest_pwd_rotate_enable", "guest_pwd_rotate_strength", "mode", "security", "1"}) {
+                          "guest_pwd_rotate_enable", "guestPasswordRotation", "guest_pwd_rotate_strength",
+                          "mode", "security", "1"}) {
     EXPECT_FALSE(lab::IsSecretKey(key)) << key;
   }
 }
