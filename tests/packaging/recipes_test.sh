@@ -145,9 +145,11 @@ END
 
 # One version and the same options everywhere.
 wanted=$(sed -n 's/^project(\(kelpwifiupdater\) VERSION \([0-9.]*\).*/\1 \2/p' "$checkout/CMakeLists.txt")
-for named in "$(openwrt name)" "$(buildroot name)" "kelpwifiupdater $version"; do
+debian=$(sed -nE '1s/^([^ ]*) \((.*)\).*/\1 \2/p' "$packaging/debian/changelog")
+changes="kelpwifiupdater $(sed -n 's/^## //p' "$checkout/CHANGELOG.md" | head -n 1)"
+for named in "$(openwrt name)" "$(buildroot name)" "kelpwifiupdater $version" "$debian" "$changes"; do
   [ "$named" = "$wanted" ] || {
-    echo "a recipe is about $named, not $wanted"
+    echo "a recipe or a list of changes is about $named, not $wanted"
     failed=1
   }
 done

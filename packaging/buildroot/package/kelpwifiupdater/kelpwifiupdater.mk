@@ -9,7 +9,7 @@
 #
 ################################################################################
 
-KELPWIFIUPDATER_VERSION = 1.0.0
+KELPWIFIUPDATER_VERSION = 1.1.0
 KELPWIFIUPDATER_SITE = $(realpath $(BR2_EXTERNAL_KELP_PATH)/../..)
 KELPWIFIUPDATER_SITE_METHOD = local
 KELPWIFIUPDATER_DEPENDENCIES = host-pkgconf boost jsoncpp libsodium libubootenv
