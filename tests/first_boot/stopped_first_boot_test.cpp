@@ -1,5 +1,5 @@
-// Ways in which the script does not come to its end though the power stays on: the boot goes on, the daemon starts, and
-// the household changes its settings. No later boot may take those for what a broken run left.
+// Ways in which the script does not come to its end though the power stays on: the boot goes on, the daemon
+// starts, and the household changes its settings. No later boot may take those for what a broken run left.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -38,7 +38,7 @@ class StoppedFirstBoot : public ::testing::TestWithParam<Shell> {
   }
 
   /// What the household sets now stays, at the next boot and at the one behind it.
-  void ExpectLaterSettingsStay(lab::PrivateRoot& device, const std::string& word) {
+  static void ExpectLaterSettingsStay(lab::PrivateRoot& device, const std::string& word) {
     device.Write(kGlobal, "set by the household");
     device.Write(kRadio, "set by the household, too");
     for (int boot = 0; boot < 2; ++boot) {
@@ -62,6 +62,16 @@ TEST_P(StoppedFirstBoot, MigratesInTheBackgroundAsWell) {
   EXPECT_THAT(Differing(Household(boot.after), whole), IsEmpty());
 }
 
+// A device without sleep, or with settings that make it fail: the end of the work is waited for.
+TEST_P(StoppedFirstBoot, TimerThatCannotBeSetEndsNothing) {
+  lab::PrivateRoot device = DeviceWithBackground();
+  ExpectQuiet(Boot(device, GetParam(),
+                   "timer() { command sleep 1; }\n"
+                   "sleep() { return 127; }\n"
+                   "program=run\nrun() { timer; /usr/sbin/kelpwifiupdater \"$@\"; }\n"));
+  EXPECT_EQ(Result(device), "migrated 1 8000\n");
+}
+
 TEST_P(StoppedFirstBoot, BrokenRunIsRepeatedInTheBackgroundAsWell) {
   lab::PrivateRoot device = DeviceWithBackground();
   ExpectQuiet(Boot(device, GetParam(),
@@ -82,8 +92,8 @@ TEST_P(StoppedFirstBoot, ProgramThatHangsDoesNotKeepTheDaemonFromStarting) {
   ExpectLaterSettingsStay(device, "gave-up 1 8000\n");
 }
 
-// As at an end of the time that systemd gives it, or by hand. With a background the program is not waited for; without one
-// it comes to its end first.
+// As at an end of the time that systemd gives it, or by hand. With a background the program is not waited
+// for; without one it comes to its end first.
 TEST_P(StoppedFirstBoot, ScriptThatIsToldToEnd) {
   {
     lab::PrivateRoot device = DeviceWithBackground();
@@ -105,10 +115,10 @@ TEST_P(StoppedFirstBoot, ScriptThatIsToldToEnd) {
 // As where a machine has no memory left: once the attempt is on record, what waits for the program is killed.
 TEST_P(StoppedFirstBoot, WhatWaitsForTheProgramIsKilled) {
   lab::PrivateRoot device = DeviceWithBackground();
-  ExpectQuiet(
-      Boot(device, GetParam(),
-           "most_seconds=1 flushes=0\n"
-           "sync() { flushes=$((flushes + 1)); [ $flushes -lt 4 ] || kill -9 \"$(sh -c 'echo $PPID')\"; }\n"));
+  ExpectQuiet(Boot(
+      device, GetParam(),
+      "most_seconds=1 flushes=0\n"
+      "sync() { flushes=$((flushes + 1)); [ $flushes -lt 4 ] || kill -9 \"$(sh -c 'echo $PPID')\"; }\n"));
   EXPECT_THAT(Result(device), StartsWith("gave-up 1 8000\n"));
   ExpectLaterSettingsStay(device, "gave-up 1 8000\n");
 }
@@ -118,8 +128,7 @@ TEST_P(StoppedFirstBoot, WhatWasArchivedCannotBePutBack) {
   Boot(device, GetParam(), kCutBehindTheProgram);
   ASSERT_EQ(Result(device), "running 1 8000\n");
   const lab::RunResult boot =
-      Boot(device, GetParam(),
-           "mv() { case $* in *legacy*) return 1 ;; *) command mv \"$@\" ;; esac; }\n");
+      Boot(device, GetParam(), "mv() { case $* in *legacy*) return 1 ;; *) command mv \"$@\" ;; esac; }\n");
   ExpectQuiet(boot);
   EXPECT_THAT(Differing(Household(boot.before), Household(boot.after)), IsEmpty());
   EXPECT_EQ(Result(device), "gave-up 2 8000\ncannot put back what the attempt before did\n");
@@ -130,9 +139,8 @@ TEST_P(StoppedFirstBoot, WhatWasArchivedCannotBePutBack) {
 TEST_P(StoppedFirstBoot, NoRoomForRecordsBehindABrokenRun) {
   lab::PrivateRoot device = Device();
   Boot(device, GetParam(), kCutBehindTheProgram);
-  ExpectQuiet(
-      Boot(device, GetParam(),
-           "mv() { case $* in */migration/*) return 1 ;; *) command mv \"$@\" ;; esac; }\n"));
+  ExpectQuiet(Boot(device, GetParam(),
+                   "mv() { case $* in */migration/*) return 1 ;; *) command mv \"$@\" ;; esac; }\n"));
   EXPECT_EQ(Result(device), "running 1 8000\n");
   ExpectLaterSettingsStay(device, "gave-up ");
 }
@@ -143,14 +151,13 @@ TEST_P(StoppedFirstBoot, NoRoomForRecordsBehindTheUndoing) {
   const lab::Tree whole = Household(Migrate(undisturbed, "8000").after);
   lab::PrivateRoot device = Device();
   Boot(device, GetParam(), kCutBehindTheProgram);
-  const lab::RunResult boot =
-      Boot(device, GetParam(),
-           "mv() {\n"
-           "  case $* in\n"
-           "    */migration/*) [ ! -e /tmp/full ] || return 1; : >/tmp/full ;;\n"
-           "  esac\n"
-           "  command mv \"$@\"\n"
-           "}\n");
+  const lab::RunResult boot = Boot(device, GetParam(),
+                                   "mv() {\n"
+                                   "  case $* in\n"
+                                   "    */migration/*) [ ! -e /tmp/full ] || return 1; : >/tmp/full ;;\n"
+                                   "  esac\n"
+                                   "  command mv \"$@\"\n"
+                                   "}\n");
   ExpectQuiet(boot);
   EXPECT_EQ(Result(device), "again 2 8000\n");
   EXPECT_THAT(Differing(Household(boot.after), whole), IsEmpty());
@@ -175,7 +182,8 @@ TEST_P(StoppedFirstBoot, ListThatIsCutShortIsNone) {
 TEST_P(StoppedFirstBoot, ListIsReadWithoutATool) {
   lab::PrivateRoot device = Device();
   device.Write(kGlobal, "the household's own", 0600);
-  ExpectQuiet(Boot(device, GetParam(), "grep() { return 127; }\nprogram=break_off\nbreak_off() { return 137; }\n"));
+  ExpectQuiet(
+      Boot(device, GetParam(), "grep() { return 127; }\nprogram=break_off\nbreak_off() { return 137; }\n"));
   EXPECT_EQ(device.Read(kGlobal), "the household's own");
 }
 
