@@ -53,8 +53,10 @@ function settingsTable(settings, label) {
 
 // The settings that a person asks for and those that fell back; the others can be opened.
 function settings(list, label) {
-  const first = list.filter((setting) => mainSettings.has(setting.member) || setting.fellBack ||
-    setting.decidedByAllBands);
+  // Whom the primary network keeps out is asked of nobody: it has no word for that.
+  const isAsked = (setting) => mainSettings.has(setting.member) &&
+    (setting.member !== "restrict_guest_access" || setting.key);
+  const first = list.filter((setting) => isAsked(setting) || setting.fellBack || setting.decidedByAllBands);
   if (first.length === 0 || first.length === list.length) return [settingsTable(list, label)];
   const others = list.filter((setting) => !first.includes(setting));
   return [

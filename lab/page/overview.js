@@ -17,9 +17,13 @@ function outcomeEntries() {
     ({ label: outcome, count, tone: outcomeTone(outcome), href: "#outcome=" + encodeURIComponent(outcome) }));
 }
 
+// Those that break something first, however few devices have them.
 function findingEntries() {
-  return countDevices(findingIds).map(([id, count]) => {
-    const kind = meanings.findings.get(id) || { title: id, severity: "", meaning: "" };
+  const kindOf = (id) => meanings.findings.get(id) || { title: id, severity: "", meaning: "" };
+  const severities = [...severityTones.keys(), ""];
+  const rank = ([id]) => severities.indexOf(kindOf(id).severity);
+  return countDevices(findingIds).sort((one, other) => rank(one) - rank(other)).map(([id, count]) => {
+    const kind = kindOf(id);
     const tone = severityTone(kind.severity);
     return { label: kind.title, count, tone, badge: kind.severity && badge(kind.severity, tone), note: kind.meaning,
       href: "#finding=" + encodeURIComponent(id) };
@@ -40,6 +44,11 @@ function differenceEntries() {
 
 function chartSection(title, entries) {
   return section(title, entries.length > 0 ? chart(entries, data.devices.length) : element("p", {}, "None."));
+}
+
+function logChart() {
+  return element("details", {}, element("summary", {}, "Log messages, by devices"),
+    chart(logEntries(), data.devices.length));
 }
 
 function choice(name, title, entries) {
@@ -67,11 +76,10 @@ function makeOverview(title) {
   const holder = element("div", {});
   const charts = element("div", { class: "charts" }, isComparison
     ? chartSection("Settings that differ", differenceEntries())
-    : [chartSection("Outcomes", outcomeEntries()), chartSection("Findings", findingEntries())]);
-  const log = isComparison ? null : element("details", {}, element("summary", {}, "Log messages, by devices"),
-    chart(logEntries(), data.devices.length));
+    : [element("div", {}, chartSection("Outcomes", outcomeEntries()), logChart()),
+      chartSection("Findings", findingEntries())]);
   const devices = section("Devices", form, holder);
-  const view = element("div", {}, element("h1", { tabindex: "-1" }, title), charts, log, devices);
+  const view = element("div", {}, element("h1", { tabindex: "-1" }, title), charts, devices);
 
   // What is typed changes the present entry of the history; a choice makes a new one.
   form.elements.q.addEventListener("input", () => {

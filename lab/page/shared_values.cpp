@@ -28,6 +28,8 @@ Json::Value SharedValues::ShareArray(const Json::Value& array) {
 }
 
 Json::Value SharedValues::ShareObject(const Json::Value& object) {
+  // What only looks like a reference would lead the page astray, or round for ever.
+  if (object.isMember("refs")) return ScriptData(object);
   Json::Value shared(Json::objectValue);
   for (const std::string& name : object.getMemberNames()) {
     if (name != "settings" || !object["settings"].isArray() || !object["file"].isString()) {

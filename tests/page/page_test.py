@@ -117,6 +117,9 @@ class PageOfAHousehold(PageCase):
             self.assertIn(part, [heading.text for heading in self.all("h2")])
         self.assertIn("Security\nsecurity\nWPA2 4, WPA2 fell back", [row.text for row in self.all("tr.marked")])
         self.assertIn("Bj\u00f8rkeli\nstored as", text)
+        sections = {section.text.partition("\n")[0]: section.text for section in self.all("section")}
+        self.assertIn("Guests are kept out of the home network", sections["Guest Network"])
+        self.assertNotIn("Guests are kept out of the home network", sections["Primary Network"])
         self.shoot("household")
 
     def test_masks_secrets(self):
@@ -189,6 +192,8 @@ class PageOfAFleet(PageCase):
         self.assertIn("6,000 (60.0 %)", self.chart_link("migrated").text)
         self.assertIn("2,000 (20.0 %)", self.chart_link("security word is unknown").text)
         self.assertIn("100 (1.0 %)", self.one(".chart a[href='#finding=ssid-lost']").text)
+        found = [link.get_attribute("href").partition("#finding=")[2] for link in self.all(".chart a[href^='#finding=']")]
+        self.assertEqual(found, ["security-unknown", "ssid-lost", "archive-stopped"], "those that break come first")
         self.shoot("fleet")
 
     def test_draws_a_few_rows_of_ten_thousand(self):

@@ -49,6 +49,13 @@ TEST(SharedValues, SharesWithinWhatIsShared) {
   EXPECT_EQ(values.Texts(), (Texts{R"({"n":1})", R"({"radios":{"refs":[0]}})"}));
 }
 
+TEST(SharedValues, TakesNothingForAReferenceThatIsNone) {
+  SharedValues values;
+  EXPECT_EQ(Shared(values, R"({"now": {"refs": [0]}, "log": [{"refs": [1]}]})"),
+            R"({"log":{"refs":[0]},"now":"{\"refs\":[0]}"})");
+  EXPECT_EQ(values.Texts(), (Texts{R"("{\"refs\":[1]}")"}));
+}
+
 TEST(SharedValues, NamesThePartsFileOnce) {
   SharedValues values;
   EXPECT_EQ(

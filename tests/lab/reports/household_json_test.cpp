@@ -1,8 +1,10 @@
 #include "lab/reports/household_json.h"
 
 #include <gtest/gtest.h>
+#include <json/reader.h>
 
 #include <filesystem>
+#include <sstream>
 #include <string>
 
 #include "tests/lab/households/household.h"
@@ -54,6 +56,34 @@ TEST(HouseholdJson, TellsWhatTheScreenTells) {
   EXPECT_EQ(json["log"][1]["severity"], "err");
   EXPECT_EQ(json["macFilterProfiles"][0]["devices"][0]["name"], "Tablet");
   EXPECT_EQ(json["files"]["moved"].size(), 10U);
+}
+
+TEST(HouseholdJson, TellsForeignDocumentsInPlainValues) {
+  const std::string wifi = "/usr/kelp/etc/wifi/";
+  Household household;
+  household.Update();
+  const std::string deep = std::string(990, '[') + std::string(990, ']');
+  household.Files().Write(wifi + "misc.json", R"({"netTopology": )" + deep +
+                                                  R"(, "macFilterProfiles": [{"id": 0, "devices": "none"},
+                                 {"id": 1, "name": {}, "devices": [5, {"name": {"refs": [0]}, "mac": [[]]}]}]})");
+  household.Files().Write(wifi + "network.json.default",
+                          R"([{"kind": {"refs": [0]}, "ssid": {"refs": [0]}, "featureSettings":
+                              [{"ssid": [{"password": "swordfish"}], "max_num_client": {"refs": [1]}}]}])");
+  const Json::Value json = Report(household);
+  const Json::Value& settings = json["networks"][0]["radios"][1]["settings"];
+  for (const Json::Value& setting : settings) {
+    EXPECT_FALSE(setting["now"].isObject()) << setting["member"].asString();
+  }
+  EXPECT_EQ(SettingOf(json["networks"][0]["radios"][1], "ssid")["now"], R"([{"password":"********"}])");
+  for (const Json::Value& setting : json["device"]) {
+    EXPECT_TRUE(setting["member"] != "netTopology" || setting["now"].isString());
+  }
+  EXPECT_EQ(json["macFilterProfiles"][0]["devices"].size(), 0U);
+  ASSERT_EQ(json["macFilterProfiles"][1]["devices"].size(), 1U);
+  EXPECT_EQ(json["macFilterProfiles"][1]["devices"][0]["mac"], "");
+  std::istringstream text(lab::ToText(json));
+  Json::Value read;
+  EXPECT_NO_THROW(text >> read);
 }
 
 TEST(HouseholdJson, TellsEveryMemberOfTheNetworkAndRadioDocuments) {
