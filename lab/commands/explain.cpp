@@ -26,13 +26,13 @@ struct Request {
   std::filesystem::path program;
 };
 
-/// Of a device that is not migrated most entries have no effect, and that is to be known.
+/// What an update does not come to has no effect on it, and that is to be known.
 void TellHowItEnds(const Request& request, const std::filesystem::path& program) {
   PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
   const Outcome outcome = Judge(RunProgram(device, program, {"--update-config", request.build})).outcome;
   if (outcome == Outcome::Migrated || outcome == Outcome::MigratedWithFallbacks) return;
   std::cerr << "devicelab: the update of this device ends as " << OutcomeName(outcome)
-            << ", so that what only a migration reads has no effect\n";
+            << "; what it does not come to counts as unused\n";
 }
 
 int Explain(const Request& request) {

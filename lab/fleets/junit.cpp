@@ -7,9 +7,20 @@
 namespace lab::fleets {
 namespace {
 
+/// UTF-8 without the two characters of three bytes that XML has no form for.
+std::string Characters(std::string_view text) {
+  std::string valid = Utf8Text(text);
+  for (const char* const none : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"}) {
+    for (std::size_t place = valid.find(none); place != std::string::npos; place = valid.find(none, place)) {
+      valid.replace(place, 3, "?");
+    }
+  }
+  return valid;
+}
+
 std::string XmlText(std::string_view text) {
   std::string xml;
-  for (const char character : Utf8Text(text)) {
+  for (const char character : Characters(text)) {
     const auto byte = static_cast<unsigned char>(character);
     switch (character) {
       case '&':

@@ -57,6 +57,20 @@ std::string ReasonIn(std::string_view error) {
   return WithoutAddresses(error.substr(0, error.find('\n')));
 }
 
+/// Why an image is unusable, without its name and those of its entries.
+std::string ReasonOfUnusable(const Record& record) {
+  std::string_view reason = record.error;
+  if (reason.starts_with(record.image)) reason.remove_prefix(record.image.size());
+  while (reason.starts_with(' ')) reason.remove_prefix(1);
+  for (const std::string_view before_path : {": /", " at /"}) {
+    reason = reason.substr(0, reason.find(before_path));
+  }
+  if (const std::size_t quote = reason.find("\": "); quote != std::string_view::npos) {
+    reason = reason.substr(0, quote + 1);
+  }
+  return WithoutAddresses(reason);
+}
+
 void Add(DeviceGroup& group, const Record& record) {
   ++group.devices;
   if (group.examples.size() < kExamples) group.examples.push_back(record.image);
@@ -106,12 +120,8 @@ std::string CauseOf(const Record& record) {
       return "did not end in time";
     case Outcome::IncompleteImage:
       return record.error.substr(0, record.error.find("): ") + 1);
-    case Outcome::UnusableImage: {
-      std::string_view reason = record.error;
-      if (reason.starts_with(record.image)) reason.remove_prefix(record.image.size());
-      while (reason.starts_with(' ')) reason.remove_prefix(1);
-      return WithoutAddresses(reason.substr(0, reason.find(": /")));
-    }
+    case Outcome::UnusableImage:
+      return ReasonOfUnusable(record);
     default:
       return "";
   }

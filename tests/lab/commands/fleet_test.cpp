@@ -384,7 +384,7 @@ TEST_F(Fleets, ExplainArchivesAsFolders) {
   const ShellResult folder = Lab("explain small --from 8000");
   EXPECT_EQ(folder.status, 0);
   EXPECT_THAT(folder.output,
-              StartsWith("devicelab: the update of this device ends as incomplete-image, so that"));
+              StartsWith("devicelab: the update of this device ends as incomplete-image; what"));
   EXPECT_THAT(folder.output, HasSubstr("/usr/kelp/etc/info.conf: "));
   ASSERT_EQ(Shell("cd " + folder_.Path().native() + " && tar -C small -cJf small.tar.xz .").status, 0);
   EXPECT_EQ(Lab("explain small.tar.xz --from 8000").output, folder.output);

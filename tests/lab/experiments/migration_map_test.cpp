@@ -1,38 +1,18 @@
-// Holds docs/migration-map.md to what an experiment finds on the sample devices.
+// Holds docs/migration-map.md to what an experiment finds on the access-point files of sample devices.
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "lab/experiments/effects.h"
 #include "lab/experiments/inputs.h"
 #include "lab/images/tree.h"
+#include "tests/lab/experiments/migration_map.h"
 
 namespace lab_test {
 namespace {
-
-using Names = std::set<std::string>;
-
-/// What stands between back-ticks on each line of the map.
-std::vector<Names> LinesOfTheMap() {
-  std::ifstream map(KELP_SOURCE "/docs/migration-map.md");
-  std::vector<Names> lines;
-  for (std::string line; std::getline(map, line);) {
-    Names names;
-    for (std::size_t start = line.find('`'); start != std::string::npos;) {
-      const std::size_t end = line.find('`', start + 1);
-      if (end == std::string::npos) break;
-      names.insert(line.substr(start + 1, end - start - 1));
-      start = line.find('`', end + 1);
-    }
-    if (!names.empty()) lines.push_back(names);
-  }
-  return lines;
-}
 
 std::string After(const std::string& text, const std::string& prefix) {
   return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
@@ -66,9 +46,9 @@ std::map<std::string, Names> Observed() {
   return observed;
 }
 
-bool StandTogether(const std::vector<Names>& lines, const std::string& key, const std::string& member) {
-  for (const Names& line : lines) {
-    if (line.contains(key) && line.contains(member)) return true;
+bool StandTogether(const std::vector<Passage>& passages, const std::string& key, const std::string& member) {
+  for (const Passage& passage : passages) {
+    if (passage.names.contains(key) && passage.names.contains(member)) return true;
   }
   return false;
 }
@@ -89,12 +69,13 @@ const Names kOfTheirKeysName{"enabled",
                              "enable_ext_nss",
                              "sc_disable_legacy_steering"};
 
-void ExpectEachKeyOnTheMap(const std::vector<Names>& lines, const std::map<std::string, Names>& observed) {
+void ExpectEachKeyOnTheMap(const std::vector<Passage>& passages,
+                           const std::map<std::string, Names>& observed) {
   for (const auto& [key, members] : observed) {
     for (const std::string& member : members) {
       // "all others | the members' names"
       if (key == member && kOfTheirKeysName.contains(key)) continue;
-      EXPECT_TRUE(StandTogether(lines, key, member))
+      EXPECT_TRUE(StandTogether(passages, key, member))
           << key << " moves " << member << ", of which the map says nothing";
     }
   }
@@ -104,7 +85,8 @@ void ExpectEachKeyOnTheMap(const std::vector<Names>& lines, const std::map<std::
   }
 }
 
-void ExpectEachRowToBeTrue(const std::vector<Names>& lines, const std::map<std::string, Names>& observed) {
+void ExpectEachRowToBeTrue(const std::vector<Passage>& passages,
+                           const std::map<std::string, Names>& observed) {
   // Each row of the tables of networks, the rotation and radios: its member and its keys.
   const std::map<std::string, Names> rows{
       {"ssid", {"ssid"}},
@@ -133,8 +115,8 @@ void ExpectEachRowToBeTrue(const std::vector<Names>& lines, const std::map<std::
   };
   for (const auto& [member, keys] : rows) {
     for (const std::string& key : keys) {
-      EXPECT_TRUE(StandTogether(lines, key, member))
-          << "the map has no line with " << key << " and " << member;
+      EXPECT_TRUE(StandTogether(passages, key, member))
+          << "the map has no passage with " << key << " and " << member;
       ASSERT_TRUE(observed.contains(key)) << key << " moves nothing on the samples";
       EXPECT_TRUE(observed.at(key).contains(member)) << key << " does not move " << member;
     }
@@ -142,10 +124,10 @@ void ExpectEachRowToBeTrue(const std::vector<Names>& lines, const std::map<std::
 }
 
 TEST(MigrationMap, IsWhatAnExperimentFinds) {
-  const std::vector<Names> lines = LinesOfTheMap();
+  const std::vector<Passage> passages = PassagesOfTheMap();
   const std::map<std::string, Names> observed = Observed();
-  ExpectEachKeyOnTheMap(lines, observed);
-  ExpectEachRowToBeTrue(lines, observed);
+  ExpectEachKeyOnTheMap(passages, observed);
+  ExpectEachRowToBeTrue(passages, observed);
 }
 
 }  // namespace

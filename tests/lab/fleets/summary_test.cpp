@@ -53,6 +53,12 @@ TEST(Causes, AreAlikeForDevicesThatFailAlike) {
             "has a FIFO");
   EXPECT_EQ(CauseOf(Device("a", Outcome::UnusableImage, "a cannot be opened: No such file or directory")),
             "cannot be opened: No such file or directory");
+  const auto unusable = [](const std::string& reason) {
+    return CauseOf(Device("a", Outcome::UnusableImage, "a " + reason));
+  };
+  EXPECT_EQ(unusable("has a path with \"..\": x/../y"), "has a path with \"..\"");
+  EXPECT_EQ(unusable("is torn at /etc/info.conf"), "is torn");
+  EXPECT_EQ(unusable("is damaged at /etc/info.conf: truncated"), "is damaged");
   EXPECT_EQ(CauseOf(Device("a", Outcome::Migrated)), "");
   EXPECT_EQ(CauseOf(Device("a", Outcome::Skipped)), "");
 }
@@ -168,7 +174,7 @@ TEST_F(SummaryFiles, AreReportsForServersToo) {
   changed.milliseconds = 1500;
   const std::vector<Record> records{
       changed, Device("f", Outcome::Failed, "Failed to update config, error: stoi"),
-      Device("u", Outcome::UnusableImage, "u is torn\x01"), Device("s", Outcome::Skipped)};
+      Device("u", Outcome::UnusableImage, "u is torn\x01\xEF\xBF\xBE."), Device("s", Outcome::Skipped)};
   Summary summary;
   for (const Record& record : records) AddRecord(summary, record);
   std::ostringstream out;
@@ -183,7 +189,7 @@ TEST_F(SummaryFiles, AreReportsForServersToo) {
   EXPECT_THAT(out.str(),
               HasSubstr("name=\"f\" time=\"0.000000\"><failure message=\"failed: stoi\">Failed to update "
                         "config, error: stoi</failure></testcase>\n"));
-  EXPECT_THAT(out.str(), HasSubstr("<error message=\"unusable-image: is torn?\">u is torn?</error>"));
+  EXPECT_THAT(out.str(), HasSubstr("<error message=\"unusable-image: is torn??.\">u is torn??.</error>"));
   EXPECT_THAT(out.str(), HasSubstr("name=\"s\" time=\"0.000000\"><skipped message=\"skipped\"/></testcase>"));
 }
 
