@@ -87,11 +87,12 @@ class Comparison {
       for (std::string& name : value->getMemberNames()) names.insert(std::move(name));
     }
     for (const std::string& name : names) {
-      const std::string member_path = path + "." + name;
+      std::string inner = path;
+      inner.append(".").append(name);
       if (was.isMember(name) && now.isMember(name)) {
-        Values(member_path, name, was[name], now[name]);
+        Values(inner, name, was[name], now[name]);
       } else {
-        differences_.push_back({member_path, was.isMember(name) ? ValueText(was[name], name) : "",
+        differences_.push_back({inner, was.isMember(name) ? ValueText(was[name], name) : "",
                                 now.isMember(name) ? ValueText(now[name], name) : ""});
       }
     }
@@ -240,7 +241,7 @@ bool CompareFleet(const FleetOptions& options, const std::filesystem::path& old_
 }
 
 std::string ComparedLine(const ComparedDevice& device) {
-  std::string line = "{\"schema\":1,\"image\":" + JsonText(device.image) +
+  std::string line = R"({"schema":1,"image":)" + JsonText(device.image) +
                      ",\"from\":" + JsonText(device.from) + ",\"differences\":[";
   bool is_first = true;
   for (const Difference& difference : device.differences) {

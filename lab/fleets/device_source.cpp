@@ -36,7 +36,10 @@ std::map<std::string, std::string> Texts(const Json::Value& value, const std::st
   if (!value.isObject()) throw std::invalid_argument("\"" + name + "\" is no object");
   std::map<std::string, std::string> texts;
   for (const std::string& key : value.getMemberNames()) {
-    if (!value[key].isString()) throw std::invalid_argument("\"" + name + "\": \"" + key + "\" is no text");
+    if (!value[key].isString()) {
+      throw std::invalid_argument(std::string("\"").append(name).append("\": \"").append(key) +
+                                  "\" is no text");
+    }
     texts[key] = value[key].asString();
   }
   return texts;

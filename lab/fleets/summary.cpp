@@ -1,11 +1,11 @@
 #include "lab/fleets/summary.h"
 
 #include <fcntl.h>
-#include <string.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <stdexcept>
 #include <string_view>
 

@@ -14,6 +14,7 @@
 #include "lab/fleets/record.h"
 #include "lab/fleets/summary.h"
 #include "lab/images/tar_text.h"
+#include "lab/images/tree.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -69,6 +70,14 @@ class Fleets : public ::testing::Test {
 
   TemporaryFolder folder_;
 };
+
+TEST_F(Fleets, LeaveTheirImagesAlone) {
+  const Tree before = ReadTree(folder_ / "devices");
+  EXPECT_EQ(Fleet("@devices/list.jsonl").status, 0);
+  EXPECT_EQ(Lab("compare @devices/list.jsonl --from 8000 --old " KELP_PROGRAM " --new " KELP_PROGRAM).status,
+            0);
+  EXPECT_EQ(ReadTree(folder_ / "devices"), before);
+}
 
 TEST_F(Fleets, GoThroughAList) {
   const ShellResult result = Fleet("@devices/list.jsonl");
