@@ -91,6 +91,11 @@ class Printer {
     return setting.was->empty() ? "(empty)" : PrintableLine(*setting.was);
   }
 
+  /// The word, where it is another thing that counts.
+  static std::string Before(const Setting& setting) {
+    return setting.fell_back && !setting.key.empty() ? Was(setting) + " -> " : "";
+  }
+
   std::string Mark(const Setting& setting) const {
     if (!setting.fell_back && !setting.decided_elsewhere) return "";
     return Shaded(setting.fell_back ? " !" : " *", Shade::Warning);
@@ -139,7 +144,7 @@ class Printer {
     out_ << '\n' << Shaded(PrintableLine(network.name), Shade::Strong);
     const Setting* const smart = Find(network.settings, "smartConnect");
     if (smart != nullptr) {
-      out_ << ": smart connect " << (smart->now == true ? "on" : "off") << Mark(*smart);
+      out_ << ": smart connect " << Before(*smart) << (smart->now == true ? "on" : "off") << Mark(*smart);
     }
     if (const Setting* const filter = Find(network.settings, "mac_filter_profile_id")) {
       out_ << ", MAC filter " << Was(*filter) << " -> " << FilterText(filter->now) << Mark(*filter);
@@ -164,15 +169,15 @@ class Printer {
     const Setting* const enabled = Find(settings, "enabled");
     const Setting* const ssid = Find(settings, "ssid");
     const Setting* const password = Find(settings, "password");
-    parts.push_back((enabled->now == true ? "on" : "off") + Mark(*enabled) + "  " + ValueText(ssid->now) +
-                    Mark(*ssid));
+    parts.push_back(Before(*enabled) + (enabled->now == true ? "on" : "off") + Mark(*enabled) + "  " +
+                    Before(*ssid) + ValueText(ssid->now) + Mark(*ssid));
     parts.push_back(Change(Find(settings, "security"), "security"));
     const Setting* const pmf = Find(settings, "pmf_mode");
-    parts.push_back("PMF " + Words(*pmf) + Mark(*pmf));
+    parts.push_back("PMF " + Before(*pmf) + Words(*pmf) + Mark(*pmf));
     parts.push_back("password " + Plain(password->now) + Mark(*password));
     if (network.is_guest) {
       const Setting* const kept_out = Find(settings, "restrict_guest_access");
-      parts.push_back((kept_out->now == true ? "kept out" : "let in") + Mark(*kept_out));
+      parts.push_back(Before(*kept_out) + (kept_out->now == true ? "kept out" : "let in") + Mark(*kept_out));
     }
     PrintPart(radio, parts);
     PrintOthers(settings, {"enabled", "ssid", "security", "pmf_mode", "password", "restrict_guest_access"});
@@ -202,7 +207,8 @@ class Printer {
     const Setting* const pin_enabled = Find(report_.wps, "pin_enabled");
     const Setting* const pin = Find(report_.wps, "pin");
     out_ << "  WPS          " << (enabled->now == true ? "on, " + Words(*band) : "off") << Mark(*enabled)
-         << "; by PIN " << (pin_enabled->now == true ? "allowed" : "not allowed") << Mark(*pin_enabled)
+         << "; by PIN " << Before(*pin_enabled)
+         << (pin_enabled->now == true ? "allowed" : "not allowed") << Mark(*pin_enabled)
          << ", PIN " << Plain(pin->now) << Mark(*pin) << '\n';
     const bool any_decided = std::ranges::any_of(report_.radios, [](const HouseholdReport::Part& radio) {
       return std::ranges::any_of(radio.settings, &Setting::decided_elsewhere);
@@ -213,13 +219,18 @@ class Printer {
   /// Further settings that fell back.
   void PrintOthers(const std::vector<Setting>& settings, const std::vector<std::string_view>& shown) {
     std::vector<std::string> parts;
+    std::string asleep;
     for (const Setting& setting : settings) {
       if (!setting.fell_back || std::ranges::find(shown, setting.member) != shown.end()) continue;
-      if (IsOfRotationThatIsOff(settings, setting)) continue;
+      if (IsOfRotationThatIsOff(settings, setting)) {
+        asleep += (asleep.empty() ? "" : ", ") + setting.member.substr(setting.member.find('.') + 1);
+        continue;
+      }
       std::string text = PrintableLine(setting.key) + " " + Was(setting) + " -> " + ValueText(setting.now);
       if (!setting.meaning.empty()) text += ", " + setting.meaning;
       parts.push_back(text);
     }
+    if (!asleep.empty()) parts.push_back("in the guest password's schedule, which is off: " + asleep);
     if (!parts.empty())
       PrintJoined(std::string(2 + kNameWidth, ' ') + Shaded("! ", Shade::Warning), parts, "; ");
   }

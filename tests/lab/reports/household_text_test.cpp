@@ -75,13 +75,38 @@ TEST(PrintHousehold, MarksFallbacksThatTheProgramDoesNotLog) {
   household.Set(Household::kInformation, "mesh_network_role", "RE");
   household.Set(Household::kBroadcast, "broadcast_threshold", "50x");
   const std::string view = View(household.Update());
-  EXPECT_THAT(view, HasSubstr("on  \"Ho\" !; "));
+  EXPECT_THAT(view, HasSubstr("on  SG8AbWU= -> \"Ho\" !; "));
   EXPECT_THAT(view, HasSubstr("! guest_pwd_rotate_date 2023/7/4 7pm:5 -> \"2023-07-04 07:05\"\n"));
   EXPECT_THAT(view, HasSubstr("  WPS          off !; "));
   EXPECT_THAT(view, HasSubstr("PIN ******** !\n"));
   EXPECT_THAT(view, HasSubstr("(was YES) !"));
   EXPECT_THAT(view, HasSubstr("(was RE) !"));
   EXPECT_THAT(view, HasSubstr("50 (was 50x) !"));
+}
+
+TEST(PrintHousehold, TellsTheWordThatFellBack) {
+  Household household;
+  household.Set(Household::k24, "enabled", "Yes");
+  household.Set(Household::k24, "pmf_mode", "Required");
+  household.Set(Household::k24, "guest_allow_access_guest", "NO");
+  household.Set(Household::k5, "ssid", "Home");
+  household.Set(Household::kAllBands, "smartconnect_guest_enabled", "on");
+  household.Set(Household::kWPS, "is_wps_ap_pin_enabled", "YES");
+  const std::string view = View(household.Update());
+  EXPECT_THAT(view, HasSubstr("  2.4 GHz      Yes -> off !  \"Home\"; "));
+  EXPECT_THAT(view, HasSubstr("; PMF Required -> disabled !; "));
+  EXPECT_THAT(view, HasSubstr("; NO -> let in !\n"));
+  EXPECT_THAT(view, HasSubstr("Guest Network: smart connect on -> off !, "));
+  EXPECT_THAT(view, HasSubstr("by PIN YES -> not allowed !, "));
+}
+
+TEST(PrintHousehold, TellsOnALineWhatFellBackInAScheduleThatIsOff) {
+  Household household;
+  household.Set(Household::k24, "guest_pwd_rotate_enable", "no");
+  household.Set(Household::k24, "guest_pwd_rotate_strength", "HIGH");
+  household.Drop(Household::k24, "guest_pwd_rotate_date");
+  EXPECT_THAT(View(household.Update()),
+              HasSubstr("! in the guest password's schedule, which is off: strength, date\n"));
 }
 
 TEST(PrintHousehold, MarksAPasswordThatIsMissingWhereOneIsNeeded) {
