@@ -207,9 +207,8 @@ class Printer {
     const Setting* const pin_enabled = Find(report_.wps, "pin_enabled");
     const Setting* const pin = Find(report_.wps, "pin");
     out_ << "  WPS          " << (enabled->now == true ? "on, " + Words(*band) : "off") << Mark(*enabled)
-         << "; by PIN " << Before(*pin_enabled)
-         << (pin_enabled->now == true ? "allowed" : "not allowed") << Mark(*pin_enabled)
-         << ", PIN " << Plain(pin->now) << Mark(*pin) << '\n';
+         << "; by PIN " << Before(*pin_enabled) << (pin_enabled->now == true ? "allowed" : "not allowed")
+         << Mark(*pin_enabled) << ", PIN " << Plain(pin->now) << Mark(*pin) << '\n';
     const bool any_decided = std::ranges::any_of(report_.radios, [](const HouseholdReport::Part& radio) {
       return std::ranges::any_of(radio.settings, &Setting::decided_elsewhere);
     });
