@@ -83,7 +83,8 @@ const std::vector<MessageKind>& MessageKinds() {
       {954, "Failed to update config, error: %s, buildNumber: %s",
        "The update stopped, for the reason given.",
        "Documents may be missing; then the household's Wi-Fi is not as it was.",
-       "The reason tells what to mend; then put back what the run moved to legacy/, remove the documents that "
+       "The reason tells what to mend; then put back what the run moved to legacy/, remove the documents "
+       "that "
        "it wrote, and run again."},
   };
   return kKinds;
