@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -67,12 +68,23 @@ class Pool {
   }
 
   void Give(Place& place, DeviceSource source) {
-    if (!place.worker) {
+    const Message message = PackSource(source);
+    if (!place.worker || !IsSent(*place.worker, message)) {
       place.worker = std::make_unique<Worker>(
-          [this](const Message& message) { return tasks_.work(UnpackSource(message)); });
+          [this](const Message& received) { return tasks_.work(UnpackSource(received)); });
+      place.worker->Send(message);
     }
-    place.worker->Send(PackSource(source));
     place.source = std::move(source);
+  }
+
+  /// Gives false where the worker ended while it had nothing to do.
+  static bool IsSent(Worker& worker, const Message& message) {
+    try {
+      worker.Send(message);
+      return true;
+    } catch (const std::system_error&) {
+      return false;
+    }
   }
 
   /// Gives false when a signal came.

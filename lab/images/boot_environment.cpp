@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <iomanip>
+#include <sstream>
 #include <stdexcept>
 
 namespace lab {
 namespace {
 
 constexpr std::size_t kSumSize = 4;
+
+/// More than any device has; a size out of a damaged file must not cost the host its memory.
+constexpr std::size_t kLargest = std::size_t{1} << 20;
 
 /// The CRC-32 of zlib, which U-Boot uses.
 std::uint32_t Crc32(std::string_view bytes) {
@@ -52,6 +57,18 @@ std::string Data(const BootVariables& variables, std::size_t size, unsigned char
   return data;
 }
 
+BootVariables VariablesIn(std::string_view data) {
+  BootVariables variables;
+  while (!data.empty() && data.front() != '\0') {
+    const std::string_view entry = data.substr(0, data.find('\0'));
+    if (const std::size_t equals = entry.find('='); equals != std::string_view::npos) {
+      variables[std::string(entry.substr(0, equals))] = entry.substr(equals + 1);
+    }
+    data.remove_prefix(std::min(data.size(), entry.size() + 1));
+  }
+  return variables;
+}
+
 std::size_t SizeBehind(std::size_t header, std::size_t size) {
   if (size < header)
     throw std::invalid_argument("a boot environment has more than " + std::to_string(header) + " bytes");
@@ -72,9 +89,39 @@ std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t
   return BytesOf(Crc32(data), order) + static_cast<char>(flag) + data;
 }
 
-bool HasBootEnvironmentSum(std::string_view environment, std::size_t header, std::endian order) {
-  return environment.size() >= header &&
-         environment.substr(0, kSumSize) == BytesOf(Crc32(environment.substr(header)), order);
+std::vector<BootCopy> BootCopiesIn(const std::string& config) {
+  std::vector<BootCopy> copies;
+  std::istringstream lines(config);
+  for (std::string line; std::getline(lines, line) && copies.size() < 2;) {
+    if (line.starts_with('#')) continue;
+    std::istringstream fields(line);
+    BootCopy copy;
+    if (!(fields >> copy.path >> std::setbase(0) >> copy.offset >> copy.size)) continue;
+    if (copy.path.front() == '/' && copy.size <= kLargest && copy.offset <= kLargest) copies.push_back(copy);
+  }
+  return copies;
+}
+
+std::optional<BootContent> ReadBootCopy(std::string_view file, const BootCopy& copy, bool is_redundant) {
+  const std::size_t header = is_redundant ? kSumSize + 1 : kSumSize;
+  if (file.size() < copy.offset + copy.size || copy.size < header) return std::nullopt;
+  const std::string_view bytes = file.substr(copy.offset, copy.size);
+  BootContent content;
+  content.flag = is_redundant ? static_cast<std::uint8_t>(bytes[kSumSize]) : std::uint8_t{0};
+  for (const std::endian order : {std::endian::little, std::endian::big}) {
+    if (bytes.substr(0, kSumSize) != BytesOf(Crc32(bytes.substr(header)), order)) continue;
+    content.order = order;
+    content.variables = VariablesIn(bytes.substr(header));
+    return content;
+  }
+  return std::nullopt;
+}
+
+bool IsNewerBootFlag(std::uint8_t flag, std::uint8_t other) {
+  constexpr std::uint8_t kLast = 255;
+  if (flag == 0 && other == kLast) return true;
+  if (flag == kLast && other == 0) return false;
+  return flag > other;
 }
 
 std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t offset, std::size_t size) {

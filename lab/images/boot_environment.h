@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "lab/images/private_root.h"
 
@@ -20,13 +22,40 @@ std::string BootEnvironment(const BootVariables& variables, std::size_t size, un
                             std::endian order = std::endian::native);
 
 /// One of the two copies of a redundant environment: as above, with a flag between the sum and the variables.
-/// Of two good copies the one with the higher flag counts.
+/// Of two good copies the newer one counts (IsNewerBootFlag).
 std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t size, std::uint8_t flag,
                                      unsigned char padding = 0xFF, std::endian order = std::endian::native);
 
-/// Whether `environment`, whose sum is followed by the flag of a redundant one where `header` is 5 and by
-/// nothing else where it is 4, has the sum that belongs to it in that byte order.
-bool HasBootEnvironmentSum(std::string_view environment, std::size_t header, std::endian order);
+/// Where one copy of an environment lies.
+struct BootCopy {
+  /// On the device.
+  std::string path;
+  std::size_t offset = 0;
+  std::size_t size = 0;
+
+  bool operator==(const BootCopy&) const = default;
+};
+
+/// The copies that the text of an /etc/fw_env.config names: one, or the two of a redundant environment. Lines
+/// that name none, or one beyond a MiB, are left out.
+std::vector<BootCopy> BootCopiesIn(const std::string& config);
+
+/// What a copy holds.
+struct BootContent {
+  BootVariables variables;
+  /// Of one copy of a redundant environment.
+  std::uint8_t flag = 0;
+  /// Of its sum.
+  std::endian order = std::endian::native;
+};
+
+/// Reads a copy out of the bytes of its file. None where they end before it does, or its sum is wrong in
+/// either byte order.
+std::optional<BootContent> ReadBootCopy(std::string_view file, const BootCopy& copy, bool is_redundant);
+
+/// Whether of two good copies that with `flag` is newer than the other one: flags count up, and 0 comes
+/// behind 255.
+bool IsNewerBootFlag(std::uint8_t flag, std::uint8_t other);
 
 /// The line of /etc/fw_env.config for one copy. A redundant environment has two lines.
 std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t offset, std::size_t size);

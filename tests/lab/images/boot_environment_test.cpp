@@ -123,6 +123,15 @@ TEST_F(PrintedEnvironment, IsThatOfTheNewerOfTwoCopies) {
   EXPECT_EQ(Print(), "usb3_disable=0\n");
 }
 
+TEST_F(PrintedEnvironment, IsThatOfTheCopyWhoseFlagBeganAnew) {
+  const BootVariables old{{"usb3_disable", "0"}};
+  folder_.Write("config", BootEnvironmentConfigLine(Path("one"), 0, 0x1000) +
+                              BootEnvironmentConfigLine(Path("two"), 0, 0x1000));
+  folder_.Write("one", RedundantBootEnvironment(old, 0x1000, 255));
+  folder_.Write("two", RedundantBootEnvironment(kVariables, 0x1000, 0));
+  EXPECT_EQ(Print(), kPrinted);
+}
+
 TEST_F(PrintedEnvironment, IsThatOfTheGoodCopy) {
   std::string broken = RedundantBootEnvironment({{"usb3_disable", "0"}}, 0x1000, 9);
   broken[5] = 'X';
@@ -131,6 +140,40 @@ TEST_F(PrintedEnvironment, IsThatOfTheGoodCopy) {
   folder_.Write("one", RedundantBootEnvironment(kVariables, 0x1000, 1));
   folder_.Write("two", broken);
   EXPECT_EQ(Print(), kPrinted);
+}
+
+TEST(BootCopies, AreThoseThatTheConfigurationNames) {
+  EXPECT_EQ(BootCopiesIn("# none\n\n/dev/mtd1 0x10 512 0x1000\n/boot/env 16 0x200\n/third 0 1\n"),
+            (std::vector<BootCopy>{{"/dev/mtd1", 16, 512}, {"/boot/env", 16, 512}}));
+  EXPECT_EQ(BootCopiesIn("relative 0 16\n/no/size 0\n/large 0 0x100001\n/far 0x100001 1\n/x 0 0x100000\n"),
+            (std::vector<BootCopy>{{"/x", 0, 0x100000}}));
+}
+
+TEST(BootCopies, AreReadAsTheyWereMade) {
+  const BootVariables variables{{"a", "1=2"}, {"b", ""}};
+  const BootCopy copy{"/env", 3, 64};
+  for (const std::endian order : {std::endian::little, std::endian::big}) {
+    const std::string file = "xyz" + RedundantBootEnvironment(variables, 64, 7, 0xFF, order);
+    const auto content = ReadBootCopy(file, copy, true);
+    ASSERT_TRUE(content);
+    EXPECT_EQ(content->variables, variables);
+    EXPECT_EQ(content->flag, 7);
+    EXPECT_EQ(content->order, order);
+    EXPECT_FALSE(ReadBootCopy(file, copy, false));
+    EXPECT_FALSE(ReadBootCopy(file.substr(0, file.size() - 1), copy, true));
+    EXPECT_FALSE(ReadBootCopy("abcd" + file.substr(4), copy, true)) << "its sum is wrong";
+  }
+  EXPECT_EQ(ReadBootCopy("xyz" + BootEnvironment(variables, 64), copy, false)->variables, variables);
+  EXPECT_FALSE(ReadBootCopy("xyzw", {"/env", 3, 1}, false));
+}
+
+TEST(BootCopies, AreNewerWithAHigherFlagAndWithTheFirstBehindTheLast) {
+  EXPECT_TRUE(IsNewerBootFlag(2, 1));
+  EXPECT_FALSE(IsNewerBootFlag(1, 2));
+  EXPECT_FALSE(IsNewerBootFlag(1, 1));
+  EXPECT_TRUE(IsNewerBootFlag(0, 255));
+  EXPECT_FALSE(IsNewerBootFlag(255, 0));
+  EXPECT_TRUE(IsNewerBootFlag(255, 1));
 }
 
 }  // namespace

@@ -42,6 +42,15 @@ TEST(BootOverlays, SetBothCopiesFromTheNewerOne) {
   EXPECT_EQ(root.Read("/boot/2"), both);
 }
 
+TEST(BootOverlays, TakeTheFlagThatBeganAnewForTheNewerOne) {
+  PrivateRoot root;
+  root.Write("/etc/fw_env.config", "/boot/1 0x0 0x200\n/boot/2 0x0 0x200\n");
+  root.Write("/boot/1", RedundantBootEnvironment({{"a", "older"}}, kSize, 255));
+  root.Write("/boot/2", RedundantBootEnvironment({{"a", "newer"}}, kSize, 0));
+  LayBootVariables(root, {{"b", "1"}});
+  EXPECT_EQ(root.Read("/boot/1"), RedundantBootEnvironment({{"a", "newer"}, {"b", "1"}}, kSize, 1));
+}
+
 TEST(BootOverlays, BeginAnewWhereTheEnvironmentIsDamagedOrMissing) {
   PrivateRoot root;
   root.Write("/etc/fw_env.config", "/boot/env 0x0 0x200\n");
