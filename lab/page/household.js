@@ -24,11 +24,14 @@ function storedName(stored) {
   }
 }
 
+// With quotes around it where blanks at an end would not be seen.
+const seen = (text) => /^ | $/.test(text) ? '"' + text + '"' : text;
+
 function before(setting) {
   if (setting.was === null) return element("span", { class: "soft" }, "(none)");
   const name = setting.member === "ssid" ? storedName(setting.was) : null;
   if (name) return [foreign(name), element("div", { class: "soft" }, "stored as ", path(setting.was))];
-  return foreign(valueText(setting.was));
+  return foreign(seen(valueText(setting.was)));
 }
 
 function now(setting) {
@@ -88,7 +91,7 @@ function findingsSection(findings) {
       element("p", {}, finding.meaning),
       element("p", {}, element("strong", {}, "What to do: "), finding.remedy),
       finding.places && finding.places.length > 0
-        ? element("ul", {}, finding.places.map((place) => element("li", {}, path(place)))) : null,
+        ? element("ul", {}, finding.places.map((place) => element("li", {}, path(seen(place))))) : null,
       element("p", { class: "soft" }, path(finding.id))))));
 }
 

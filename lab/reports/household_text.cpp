@@ -21,6 +21,7 @@ namespace lab {
 namespace {
 
 constexpr std::size_t kWidth = 118;
+constexpr std::size_t kLongestText = 400;
 constexpr std::size_t kMostPlaces = 5;
 constexpr std::size_t kNameWidth = 13;
 constexpr std::size_t kDeepest = 10;  // columns before a line that goes on
@@ -49,6 +50,22 @@ class Printer {
     return std::string("\x1b[") + kCodes[static_cast<std::size_t>(shade)] + "m" + text + "\x1b[0m";
   }
 
+  /// A text on one line, of which nothing is unseen and which is not the whole screen: blanks at its end as
+  /// "\x20", and the beginning of a very long one.
+  static std::string Line(const std::string& text) {
+    std::string line = PrintableLine(text);
+    const std::size_t size = line.size();
+    if (size > kLongestText) {
+      std::size_t kept = kLongestText;
+      while ((static_cast<unsigned char>(line[kept]) & 0xC0U) == 0x80U) --kept;  // whole characters
+      return line.substr(0, kept) + "... (" + std::to_string(size - kept) + " bytes more; --json has all)";
+    }
+    const std::size_t end = line.find_last_not_of(' ') + 1;
+    line.resize(end);
+    for (std::size_t blank = end; blank < size; ++blank) line += "\\x20";
+    return line;
+  }
+
   /// In quotes, so that it can be told from what is around it.
   static std::string Quoted(const std::string& text) {
     std::string escaped;
@@ -56,7 +73,7 @@ class Printer {
       if (byte == '"' || byte == '\\') escaped += '\\';
       escaped += byte;
     }
-    return '"' + PrintableLine(escaped) + '"';
+    return '"' + (escaped.size() > kLongestText ? Line(escaped) : PrintableLine(escaped)) + '"';
   }
 
   static const Setting* Find(const std::vector<Setting>& settings, std::string_view member) {
@@ -78,7 +95,7 @@ class Printer {
 
   /// A text without quotes: one that the lab itself may have put there.
   static std::string Plain(const Json::Value& value) {
-    if (value.isString()) return value.empty() || value == "" ? "none" : PrintableLine(value.asString());
+    if (value.isString()) return value.empty() || value == "" ? "none" : Line(value.asString());
     return ValueText(value);
   }
 
@@ -88,7 +105,7 @@ class Printer {
 
   static std::string Was(const Setting& setting) {
     if (!setting.was) return "(none)";
-    return setting.was->empty() ? "(empty)" : PrintableLine(*setting.was);
+    return setting.was->empty() ? "(empty)" : Line(*setting.was);
   }
 
   /// The word, where it is another thing that counts.
@@ -124,7 +141,7 @@ class Printer {
     } else {
       out_ << ", exit status " << report_.status << '\n';
     }
-    if (!report_.error.empty()) out_ << "  " << Shaded(PrintableLine(report_.error), Shade::Bad) << '\n';
+    if (!report_.error.empty()) out_ << "  " << Shaded(Line(report_.error), Shade::Bad) << '\n';
   }
 
   void PrintDevice() {
@@ -270,7 +287,7 @@ class Printer {
       const std::string& place = places[number];
       const std::size_t end = place.find(": ");
       const bool is_same = !file.empty() && end != std::string::npos && place.substr(0, end) == file;
-      shown.push_back(PrintableLine(is_same ? place.substr(end + 2) : place));
+      shown.push_back(Line(is_same ? place.substr(end + 2) : place));
       file = end == std::string::npos ? "" : place.substr(0, end);
     }
     if (places.size() > kMostPlaces) {
@@ -287,7 +304,7 @@ class Printer {
     std::map<std::string, int> effects;
     for (const HouseholdReport::Message& message : report_.log) {
       const std::string text =
-          (message.number == 0 ? "" : std::to_string(message.number) + " ") + PrintableLine(message.text);
+          (message.number == 0 ? "" : std::to_string(message.number) + " ") + Line(message.text);
       const auto known = std::ranges::find(lines, text, &std::pair<std::string, int>::first);
       if (known == lines.end()) {
         lines.emplace_back(text, 1);

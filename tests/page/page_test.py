@@ -437,6 +437,8 @@ class PageOfAHostileHousehold(PageCase):
             for key, name in names.items():
                 if line.startswith(key):
                     line = key + base64.b64encode(name)
+            if line.startswith(b"security="):
+                line = b"security=PERSONAL_WPA3 "
             lines.append(line)
         file.write_bytes(b"\n".join(lines))
         devicelab("run", image, "--from", "8000", "--html", cls.page)
@@ -445,6 +447,36 @@ class PageOfAHostileHousehold(PageCase):
         self.assertIn("<script>hurt()</script>", self.text())
         self.assertIn("\\xe9t\\xe9 \\u202e\"'", self.text())
         self.assertEqual(self.browser.run("return typeof hurt"), "undefined")
+
+    def test_shows_a_blank_at_the_end_of_a_word(self):
+        self.assertIn('Security\nsecurity\n"PERSONAL_WPA3 " 4, WPA2 fell back', [row.text for row in self.all("tr.marked")])
+        self.assertIn(': security=PERSONAL_WPA3 "', self.text(".findings"))
+
+
+class PageOfForeignDocuments(PageCase):
+    """A device whose documents of an earlier run hold other kinds of values than the program writes."""
+
+    @classmethod
+    def make(cls):
+        image = cls.folder / "device"
+        shutil.copytree(SOURCE / "devices/dual-band-standalone", image)
+        folder = image / "usr/kelp/etc/wifi"
+        (folder / "misc.json").write_text('{"netTopology": {"refs": [0]}, "macFilterProfiles": [{"id": 0, "devices": "none"},'
+                                          ' {"id": 1, "name": 5, "devices": [{"name": {"refs": [9]}, "mac": []}, 7]}]}')
+        (folder / "network.json.default").write_text('[{"name": {}, "featureSettings": [{"ssid": {"refs": [1]}}, 3]}]')
+        records = cls.folder / "fleet.jsonl"
+        devicelab("fleet", image, "--from", "8000", "--details", "--output", records)
+        devicelab("summary", records, "--html", cls.page)
+
+    def test_shows_what_is_in_them(self):
+        self.one(".devices tbody a").click()
+        self.wait(lambda: "skipped" in self.text(".facts"))
+        self.assertIn('{"refs":[0]}', self.text())
+        self.assertIn('{"refs":[1]}', self.text())
+
+    def test_can_be_searched(self):
+        self.one("input[name=q]").send_keys("no such device")
+        self.wait(lambda: self.text("#count") == "No device")
 
 
 class PageOfAComparison(PageCase):

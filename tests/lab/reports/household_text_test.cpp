@@ -204,6 +204,24 @@ TEST(PrintHousehold, ShowsHostileNamesSafely) {
   EXPECT_EQ(view.find('\x1b'), std::string::npos);
 }
 
+TEST(PrintHousehold, ShowsBlanksAtTheEndOfAWord) {
+  Household household;
+  household.Set(Household::k24, "security", "PERSONAL_WPA3 ");
+  const std::string view = View(household.Update());
+  EXPECT_THAT(view, HasSubstr("; PERSONAL_WPA3\\x20 -> security 4, WPA2 !; "));
+  EXPECT_THAT(view, HasSubstr("          wifi_ap_02:11:32:00:00:04: security=PERSONAL_WPA3\\x20\n"));
+}
+
+TEST(PrintHousehold, ShowsTheBeginningOfAVeryLongText) {
+  Household household;
+  household.Set(Household::k24, "security", std::string(100'000, 'x'));
+  household.Set(Household::k5, "bandwidth", "x\xC3\xA4" + std::string(100'000, 'y'));
+  const std::string view = View(household.Update());
+  EXPECT_LT(view.size(), 10'000U);
+  EXPECT_THAT(view,
+              HasSubstr(std::string(400, 'x') + "... (99600 bytes more; --json has all) -> security 4"));
+}
+
 TEST(PrintHousehold, HasColoursWhereTheyAreWanted) {
   Household household;
   const lab::RunResult run = household.Update();
