@@ -84,8 +84,7 @@ const std::vector<MessageKind>& MessageKinds() {
        "The update stopped, for the reason given.",
        "Documents may be missing; then the household's Wi-Fi is not as it was.",
        "The reason tells what to mend; then put back what the run moved to legacy/, remove the documents "
-       "that "
-       "it wrote, and run again."},
+       "that it wrote, and run again."},
   };
   return kKinds;
 }
