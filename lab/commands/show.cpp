@@ -4,11 +4,23 @@
 
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
+#include "lab/images/image.h"
 #include "lab/images/tree.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/report.h"
 
 namespace lab::commands {
+namespace {
+
+/// A folder is looked at where it is, as any user can; an archive has to be laid out.
+Tree TreeOf(const std::filesystem::path& image) {
+  RequireImage(image);
+  if (std::filesystem::is_directory(image)) return ReadTree(image);
+  BecomeRunner();
+  return DeviceOf(image).Snapshot();
+}
+
+}  // namespace
 
 void AddShow(CLI::App& app, Actions& actions) {
   CLI::App* const show =
@@ -18,13 +30,12 @@ void AddShow(CLI::App& app, Actions& actions) {
     Discretion::Choice choice;
   };
   const auto request = std::make_shared<Request>();
-  show->add_option("IMAGE", request->image, "A folder that mirrors the device's files")->required();
+  show->add_option("IMAGE", request->image, kImageHelp)->required();
   show->add_flag("--show-secrets", request->choice.show_secrets, "Show passwords, keys and PINs");
   show->add_flag("--anonymous", request->choice.anonymous,
                  "Show digests in place of SSIDs, MAC addresses, device names and mail addresses");
   actions[show] = [request] {
-    RequireImage(request->image);
-    const Tree device = ReadTree(request->image);
+    const Tree device = TreeOf(request->image);
     PrintTree(std::cout, device, Discretion(request->choice, device));
     return 0;
   };

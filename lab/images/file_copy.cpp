@@ -80,7 +80,7 @@ Descriptor OpenBelow(int root, const std::string& device_path, int flags, mode_t
   return Descriptor(static_cast<int>(descriptor));
 }
 
-std::vector<std::string> Names(int directory, const std::string& path) {
+std::vector<std::string> Names(int directory, const std::string& path, std::size_t most) {
   // Its own description: the caller's may be O_PATH, and would share its position.
   Descriptor own = OpenAt(directory, ".", O_RDONLY | O_DIRECTORY, path);
   const std::unique_ptr<DIR, CloseStream> stream(::fdopendir(own.Get()));
@@ -89,7 +89,9 @@ std::vector<std::string> Names(int directory, const std::string& path) {
 
   std::vector<std::string> names;
   errno = 0;
-  while (const dirent* entry = ::readdir(stream.get())) {
+  while (names.size() < most) {
+    const dirent* const entry = ::readdir(stream.get());
+    if (entry == nullptr) break;
     const std::string_view name = entry->d_name;
     if (name != "." && name != "..") names.emplace_back(name);
     errno = 0;

@@ -2,6 +2,8 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +24,9 @@ Descriptor OpenAt(int directory, const std::string& name, int flags, const std::
 /// none, with errno, on failure.
 Descriptor OpenBelow(int root, const std::string& device_path, int flags, mode_t mode = 0);
 
-/// The names of all that the folder open as `directory` holds, in no particular order. O_PATH suffices.
-std::vector<std::string> Names(int directory, const std::string& path);
+/// The names of all that the folder open as `directory` holds, in no particular order; of more than `most`
+/// only that many. O_PATH suffices.
+std::vector<std::string> Names(int directory, const std::string& path, std::size_t most = SIZE_MAX);
 
 std::string LinkTarget(int directory, const std::string& name, const std::string& path);
 

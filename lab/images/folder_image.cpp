@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "lab/images/file_copy.h"
 #include "lab/images/image.h"
@@ -45,7 +46,11 @@ class FolderReader {
 
   /// All that stands in a folder whose device path is `path`, "" for the root.
   void Read(int folder, const std::string& path) {
-    for (const std::string& name : Names(folder, path)) {
+    const std::size_t most = layout_.Limits().entries;
+    const std::vector<std::string> names =
+        Names(folder, path, most + 1);  // enough to see that it is too many
+    if (names.size() > most) throw UnusableImage("holds more than " + std::to_string(most) + " entries");
+    for (const std::string& name : names) {
       std::string entry_path = path;
       entry_path.append("/").append(name);
       ReadEntry(folder, name, entry_path);

@@ -363,6 +363,9 @@ TEST_F(DeviceLab, ShowsAnImage) {
             "\n"
             "/etc/old.conf:\n"
             "    old=1\n");
+  const std::string archive = (folder_ / "image.tar").native();
+  ASSERT_EQ(Shell("tar -C " + image_.Path().native() + " -cf " + archive + " .").status, 0);
+  EXPECT_EQ(Lab("show " + archive).output, result.output);
 }
 
 TEST_F(DeviceLab, SealsSecrets) {

@@ -139,6 +139,8 @@ TEST_F(FileCopy, ListsNamesThroughAnyDescriptor) {
   const Descriptor folder = Open(from_.Path(), O_PATH | O_DIRECTORY);
   EXPECT_THAT(Names(folder.Get(), "x"), UnorderedElementsAre("a", ".b"));
   EXPECT_THAT(Names(folder.Get(), "x"), UnorderedElementsAre("a", ".b"));
+  EXPECT_EQ(Names(Open(from_.Path()).Get(), "", 1).size(), 1U);
+  EXPECT_EQ(Names(Open(from_.Path()).Get(), "", 0).size(), 0U);
 }
 
 TEST_F(FileCopy, TellsTheErrorsOfReadingAndWriting) {

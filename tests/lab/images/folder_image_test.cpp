@@ -78,6 +78,17 @@ TEST_F(FolderImages, MayHoldSoManyBytes) {
   EXPECT_EQ(Refusal(Image()), "holds more than 1000 bytes unpacked");
 }
 
+TEST_F(FolderImages, MayHoldSoManyEntries) {
+  limits_.entries = 3;
+  folder_.Write("image/a/1", "");
+  folder_.Write("image/a/2", "");
+  EXPECT_EQ(Refusal(Image()), "usable");
+  folder_.Write("image/a/3", "");
+  EXPECT_EQ(Refusal(Image()), "holds more than 3 entries");
+  folder_.Write("image/a/4", "");
+  EXPECT_EQ(Refusal(Image()), "holds more than 3 entries");
+}
+
 TEST_F(FolderImages, SparseGiantsCostNoMemory) {
   folder_.Write("image/a", "");
   fs::resize_file(Image() / "a", std::uintmax_t{1} << 40);
