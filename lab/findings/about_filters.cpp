@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -65,6 +66,12 @@ std::string WhyOff(const Rehearsal& rehearsal, const std::string& list) {
   return NameOf(list) + " has no enabled entry";
 }
 
+bool IsOffEverywhere(const Rehearsal& rehearsal, const NetworkPart& network) {
+  return std::ranges::all_of(network.radios, [&](const RadioPart& radio) {
+    return SaysOff(rehearsal.Was(radio.file, network.Key("enabled")).value_or(""));
+  });
+}
+
 void FindForNetwork(const Rehearsal& rehearsal, const NetworkPart& network, Findings& findings) {
   const std::string file = kFilterFolder + std::string(network.is_guest ? "mf_guest.info" : "mf.info");
   const std::string policy = rehearsal.Was(file, "policy").value_or("");
@@ -116,7 +123,11 @@ void FindBroadcast(const Rehearsal& rehearsal, Findings& findings) {
 }  // namespace
 
 void FindAboutFilters(const Rehearsal& rehearsal, Findings& findings) {
-  for (const NetworkPart& network : rehearsal.Networks()) FindForNetwork(rehearsal, network, findings);
+  for (const NetworkPart& network : rehearsal.Networks()) {
+    const std::size_t place = findings.Count();
+    FindForNetwork(rehearsal, network, findings);
+    if (IsOffEverywhere(rehearsal, network)) findings.NoteFrom(place, kOffNote);
+  }
   if (IsWanted(rehearsal, "deny")) FindLeftOut(rehearsal, kDenyList, findings);
   if (IsWanted(rehearsal, "allow")) FindLeftOut(rehearsal, kAllowList, findings);
   FindBroadcast(rehearsal, findings);

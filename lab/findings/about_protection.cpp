@@ -11,6 +11,7 @@ namespace {
 constexpr int kUnknownSecurity = 760;
 constexpr int kUnknownPMF = 776;
 
+constexpr int kOWE = 1;
 constexpr int kWPA3 = 5;
 constexpr int kEnterpriseWPA = 8;
 constexpr int kEnterpriseWPA3 = 10;
@@ -58,7 +59,7 @@ void FindPMF(const Place& place, Findings& findings) {
                                          place.network.Key("pmf_mode") + "=" +
                                          place.Was("pmf_mode").value_or(""));
   }
-  if (IsWPA3(security) && now == kPMFOff && FlagIn(*place.radio.now, "enabled")) {
+  if ((IsWPA3(security) || security == kOWE) && now == kPMFOff && FlagIn(*place.radio.now, "enabled")) {
     findings.Add("pmf-missing-for-wpa3", place.Told("security"));
   }
 }

@@ -39,8 +39,8 @@ const std::vector<FindingKind>& FindingKinds() {
        "Devices that cannot do WPA2 fall off; what was stronger is weaker now; an open network asks for a "
        "password.",
        "Choose the security anew.", Breaks},
-      {"pmf-missing-for-wpa3", "A WPA3 network has protected frames off",
-       "WPA3 needs protected frames: its devices cannot connect.", "Set protected frames to required.",
+      {"pmf-missing-for-wpa3", "A WPA3 or OWE network has protected frames off",
+       "Both need protected frames: its devices cannot connect.", "Set protected frames to required.",
        Breaks},
       {"auth-server-lost", "An enterprise network has no authentication server", "Nobody can sign in to it.",
        "Enter the server's address and port anew.", Breaks},

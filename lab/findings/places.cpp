@@ -34,7 +34,7 @@ void FindInPlaces(const Rehearsal& rehearsal, Findings& findings,
       const std::size_t place = findings.Count();
       const Place visited{network, radio, rehearsal};
       visit(visited);
-      if (!visited.WasOn()) findings.NoteFrom(place, "the network is off: ");
+      if (!visited.WasOn()) findings.NoteFrom(place, kOffNote);
     }
   }
 }

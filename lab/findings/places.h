@@ -28,6 +28,9 @@ struct Place {
   bool WasOn() const;
 };
 
+/// Stands before what is found of a network that was off.
+inline constexpr const char* kOffNote = "the network is off: ";
+
 /// Calls `visit` for each network on each radio (all bands included) whose access-point file was there with
 /// settings in it. What that finds where the network was off is noted so.
 void FindInPlaces(const Rehearsal& rehearsal, Findings& findings,

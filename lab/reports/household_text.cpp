@@ -95,7 +95,7 @@ class Printer {
 
   /// A text without quotes: one that the lab itself may have put there.
   static std::string Plain(const Json::Value& value) {
-    if (value.isString()) return value.empty() || value == "" ? "none" : Line(value.asString());
+    if (value.isString()) return value.asString().empty() ? "none" : Line(value.asString());
     return ValueText(value);
   }
 

@@ -40,6 +40,18 @@ TEST(FindingsAboutFilters, TellAListThatIsMissingOrHasNobodyOnIt) {
                           "filter-off: mf_guest.info: policy=allow, but mf_allow.conf has no enabled entry"));
 }
 
+TEST(FindingsAboutFilters, TellOfANetworkThatIsOffThatItIs) {
+  Household household;
+  household.SetEverywhere("guest_enabled", "no");
+  household.SetEverywhere("enabled", "no");
+  household.Set(Household::k5, "enabled", "yes");
+  household.Set(Household::kPolicy, "policy", "Deny");
+  household.Set(Household::kGuestPolicy, "policy", "Allow");
+  EXPECT_THAT(Found(household),
+              ElementsAre("filter-policy-unknown: mf.info: policy=Deny",
+                          "filter-policy-unknown: the network is off: mf_guest.info: policy=Allow"));
+}
+
 TEST(FindingsAboutFilters, TellAPolicyThatIsNotKnown) {
   Household household;
   household.Set(Household::kPolicy, "policy", "Deny");

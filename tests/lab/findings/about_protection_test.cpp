@@ -77,6 +77,14 @@ TEST(FindingsAboutProtection, TellAWPA3NetworkWithoutProtectedFrames) {
   EXPECT_THAT(Found(household), ElementsAre("pmf-missing-for-wpa3: " + k5 + "guest_security=PERSONAL_WPA3"));
 }
 
+TEST(FindingsAboutProtection, TellAnOWENetworkWithoutProtectedFrames) {
+  Household household;
+  household.Set(Household::k5, "pmf_mode", "disabled");
+  household.Set(Household::k5, "guest_security", "OWE");
+  household.Set(Household::k24, "guest_security", "OWE");
+  EXPECT_THAT(Found(household), ElementsAre("pmf-missing-for-wpa3: " + k5 + "guest_security=OWE"));
+}
+
 TEST(FindingsAboutProtection, TellAnEnterpriseNetworkWithoutItsServer) {
   Household household;
   household.Set(Household::k5, "security", "ENTERPRISE_WPA3");
