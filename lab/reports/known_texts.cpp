@@ -6,7 +6,8 @@
 namespace lab {
 
 void KnownTexts::Add(std::string_view text, std::string_view replacement) {
-  if (!text.empty()) texts_.emplace(text, replacement);
+  if (text.empty() || text.size() > kLongest || texts_.size() >= kMost) return;
+  texts_.emplace(text, replacement);
 }
 
 const std::pair<const std::string, std::string>* KnownTexts::LongestAt(std::string_view text) const {

@@ -9,7 +9,12 @@ namespace lab {
 /// Texts that are not to be shown, with what stands in their place.
 class KnownTexts {
  public:
-  /// Of two replacements of one text the first counts. An empty text is none.
+  /// No household has more of them, nor any longer: a device that does so wants the memory of the host.
+  static constexpr std::size_t kMost = 100'000;
+  static constexpr std::size_t kLongest = std::size_t{64} * 1024;
+
+  /// Of two replacements of one text the first counts. An empty text is none, nor is what goes beyond the
+  /// limits.
   void Add(std::string_view text, std::string_view replacement);
 
   /// Whether any of them stands in `text`.

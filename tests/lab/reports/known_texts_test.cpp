@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace lab_test {
 namespace {
 
@@ -29,6 +31,16 @@ TEST(KnownTexts, TakesAnyBytes) {
   KnownTexts known;
   known.Add(std::string_view("\xE9\0\xFF", 3), "*");
   EXPECT_EQ(known.Replaced(std::string_view("a\xE9\0\xFF\xE9", 5)), "a*\xE9");
+}
+
+TEST(KnownTexts, HasLimits) {
+  KnownTexts known;
+  known.Add(std::string(KnownTexts::kLongest + 1, 'x'), "*");
+  EXPECT_FALSE(known.AreIn(std::string(KnownTexts::kLongest + 1, 'x')));
+  for (std::size_t number = 0; number <= KnownTexts::kMost; ++number) {
+    known.Add("<" + std::to_string(number) + ">", "*");
+  }
+  EXPECT_EQ(known.Replaced("<0> <99999> <100000>"), "* * <100000>");
 }
 
 TEST(KnownTexts, KeepsTheFirstReplacementAndNoEmptyText) {
