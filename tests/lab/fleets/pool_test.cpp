@@ -41,6 +41,15 @@ class Pools : public ::testing::Test {
     return WorkOff(queue, 1, tasks);
   }
 
+  /// Whether the pool goes through them to the end.
+  bool Ends(const std::vector<std::string>& images) {
+    try {
+      return WorkThrough(images) == PoolEnd::AllDone;
+    } catch (const std::runtime_error&) {
+      return false;
+    }
+  }
+
   std::vector<std::string> delivered_;
   std::vector<std::string> given_up_;
 
@@ -78,9 +87,9 @@ TEST_F(Pools, GoOnWithAnotherWorker) {
 
 TEST_F(Pools, StopWhereTheHostFailsOneAfterAnother) {
   ExpectInChild([this] {
-    EXPECT_EQ(WorkThrough({"fails", "fails", "fails", "fails", "a"}), PoolEnd::AllDone);
+    EXPECT_TRUE(Ends({"fails", "fails", "fails", "fails", "a"}));
     delivered_.clear();
-    EXPECT_THROW(WorkThrough({"fails", "fails", "fails", "fails", "fails", "a"}), std::runtime_error);
+    EXPECT_FALSE(Ends({"fails", "fails", "fails", "fails", "fails", "a"}));
     EXPECT_THAT(delivered_, IsEmpty());
   });
 }
