@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "lab/fleets/pool.h"
@@ -49,27 +50,34 @@ TEST(ListLines, AreReadBack) {
 }
 
 TEST(ListLines, ThatNameNoneAreRefused) {
-  EXPECT_EQ(Refusal("no json"), "is no JSON");
-  EXPECT_EQ(Refusal("{\"image\":\"a\""), "is no JSON");
-  EXPECT_EQ(Refusal(std::string(100'000, '[')), "is no JSON");
-  for (const char* json : {"[]", "null", "1", "\"a\""}) EXPECT_EQ(Refusal(json), "is no JSON object") << json;
-  EXPECT_EQ(Refusal("{\"image\":\"a\",\"image\":\"b\"}"), "is no JSON");
-  EXPECT_EQ(Refusal("{\"image\":\"a\\u0000b\"}"), "\"image\" is no path");
-  EXPECT_EQ(Refusal("{\"image\":\"a\",\"from\":\"8\\u00000\"}"),
-            "\"from\" is neither a text nor a whole number");
-  EXPECT_EQ(Refusal("{}"), "has no \"image\"");
-  EXPECT_EQ(Refusal("{\"image\":1}"), "\"image\" is no path");
-  EXPECT_EQ(Refusal("{\"image\":\"\"}"), "\"image\" is no path");
-  EXPECT_EQ(Refusal("{\"image\":\"a\",\"from\":1.5}"), "\"from\" is neither a text nor a whole number");
-  EXPECT_EQ(Refusal("{\"image\":\"a\",\"form\":1}"), "\"form\" is no member of a list");
-  EXPECT_EQ(Refusal("{\"image\":\"a\",\"files\":[]}"), "\"files\" is no object");
-  EXPECT_EQ(Refusal("{\"image\":\"a\",\"boot\":{\"x\":1}}"), "\"boot\": \"x\" is no text");
+  const std::string no_path = "\"image\" is no path";
+  const std::string no_build = "\"from\" is neither a text nor a whole number";
+  const std::vector<std::pair<std::string, std::string>> refusals{
+      {"no json", "is no JSON"},
+      {R"({"image":"a")", "is no JSON"},
+      {std::string(100'000, '['), "is no JSON"},
+      {R"({"image":"a","image":"b"})", "is no JSON"},
+      {"[]", "is no JSON object"},
+      {"null", "is no JSON object"},
+      {"1", "is no JSON object"},
+      {R"("a")", "is no JSON object"},
+      {"{}", "has no \"image\""},
+      {R"({"image":1})", no_path},
+      {R"({"image":""})", no_path},
+      {R"({"image":"a\u0000b"})", no_path},
+      {R"({"image":"a","from":1.5})", no_build},
+      {R"({"image":"a","from":"8\u00000"})", no_build},
+      {R"({"image":"a","form":1})", "\"form\" is no member of a list"},
+      {R"({"image":"a","files":[]})", "\"files\" is no object"},
+      {R"({"image":"a","boot":{"x":1}})", "\"boot\": \"x\" is no text"},
+  };
+  for (const auto& [line, refusal] : refusals) EXPECT_EQ(Refusal(line), refusal) << line.substr(0, 100);
 }
 
 class Queues : public ::testing::Test {
  protected:
   /// The images of all devices, "..." where the queue waits.
-  std::vector<std::string> Images(DeviceQueue& queue) const {
+  static std::vector<std::string> Images(DeviceQueue& queue) {
     std::vector<std::string> images;
     while (true) {
       const DeviceQueue::State state = queue.Look();
@@ -114,7 +122,7 @@ TEST_F(Queues, NameTheLinesThatAreNone) {
 
 TEST_F(Queues, ReadLongListsPieceByPiece) {
   std::string text;
-  for (int i = 0; i < 20'000; ++i) text += "{\"image\":\"/" + std::to_string(i) + "\"}\n";
+  for (int i = 0; i < 20'000; ++i) text += R"({"image":"/)" + std::to_string(i) + "\"}\n";
   DeviceQueue queue = Queue({List(text)});
   EXPECT_THAT(queue.Count(), Eq(20'000U));
   const std::vector<std::string> images = Images(queue);
