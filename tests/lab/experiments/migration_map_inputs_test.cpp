@@ -19,10 +19,6 @@
 namespace lab_test {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
-
 /// What removing and changing an input does, on any sample.
 struct Observed {
   /// Members of global.json and misc.json, their paths without places in lists.
@@ -145,85 +141,109 @@ std::vector<std::string> FieldsOf(const std::string& row) {
 /// The row of the table of files that names it.
 std::vector<std::string> RowOf(const std::string& file) {
   for (const Passage& passage : PassagesOfTheMap()) {
-    const std::vector<std::string> fields = FieldsOf(passage.text);
+    std::vector<std::string> fields = FieldsOf(passage.text);
     if (fields.size() == 4 && fields[0].find(file + "`") != std::string::npos) return fields;
   }
   ADD_FAILURE() << "the map has no file " << file;
   return std::vector<std::string>(4);
 }
 
+// The columns of that table.
+constexpr std::size_t kFile = 0;
+constexpr std::size_t kReadFor = 1;
+constexpr std::size_t kMissing = 2;
+constexpr std::size_t kAfterwards = 3;
+
+void ExpectInRow(const std::string& file, std::size_t column, const std::string& text) {
+  EXPECT_EQ(RowOf(file).at(column), text) << file;
+}
+
+/// That those keys of a file have an effect, and no other.
+void ExpectKeys(const Observations& observations, const std::string& file, const Names& keys) {
+  EXPECT_EQ(UsedKeys(observations, file), keys) << file;
+}
+
+/// Whether the update ends where the file is missing.
+void ExpectNeeded(const Observations& observations, const std::string& file, bool is_needed) {
+  EXPECT_EQ(EndsTheUpdate(observations, file, ""), is_needed) << file;
+  EXPECT_TRUE(observations.at({file, ""}).is_used) << file;
+}
+
 void ExpectTheKeysThatAreRead() {
-  const Names keys = UsedKeys(Of125(), "info.conf");
-  EXPECT_THAT(keys, UnorderedElementsAre("kelpbios", "mesh_network_role", "net_topology", "country_code",
-                                         "mesh_swap_backhaul_band", "wps_pin"));
-  for (const std::string& key : keys) {
-    EXPECT_NE(RowOf("info.conf").at(1).find("`" + key + "`"), std::string::npos) << key;
-  }
-  EXPECT_THAT(UsedKeys(Of125(), "mesh.conf"), ElementsAre("repeater_nodes"));
-  EXPECT_EQ(RowOf("mesh.conf").at(1), "`repeater_nodes`");
-  EXPECT_THAT(UsedKeys(Of125(), "uboot.env"), ElementsAre("usb3_disable"));
-  EXPECT_EQ(RowOf("fw_env.config").at(1), "`usb3_disable`");
+  ExpectKeys(Of125(), "info.conf",
+             {"kelpbios", "mesh_network_role", "net_topology", "country_code", "mesh_swap_backhaul_band",
+              "wps_pin"});
+  ExpectInRow("info.conf", kReadFor,
+              "`kelpbios`, `mesh_network_role`, `net_topology`, `country_code`, `mesh_swap_backhaul_band`, "
+              "`wps_pin`");
+  ExpectKeys(Of125(), "mesh.conf", {"repeater_nodes"});
+  ExpectInRow("mesh.conf", kReadFor, "`repeater_nodes`");
+  ExpectKeys(Of125(), "uboot.env", {"usb3_disable"});
+  ExpectInRow("fw_env.config", kReadFor, "`usb3_disable`");
   for (const char* file : {"lbd.conf", "lbd.guest.conf", "wifi_nvram"}) {
-    EXPECT_THAT(UsedKeys(Of125(), file), IsEmpty()) << file;
-    EXPECT_EQ(RowOf(file).at(1), "nothing") << file;
+    ExpectKeys(Of125(), file, {});
+    ExpectInRow(file, kReadFor, "nothing");
   }
 }
 
+/// Of generation 1.3 nobody reads them.
+void ExpectKernelEntry(int number, bool is_read) {
+  const std::pair<std::string, std::string> entry{"kelp_mac_address" + std::to_string(number), ""};
+  EXPECT_EQ(Of125().at(entry).is_used, is_read) << number;
+  EXPECT_EQ(Of125().at(entry).ends_the_update, is_read) << number;
+  EXPECT_FALSE(Of13().at(entry).is_used) << number;
+}
+
 void ExpectTheKernelEntries() {
-  for (int number = 0; number < 6; ++number) {
-    const std::string entry = "kelp_mac_address" + std::to_string(number);
-    EXPECT_EQ(Of125().at({entry, ""}).is_used, number >= 3) << entry;
-    EXPECT_EQ(EndsTheUpdate(Of125(), entry, ""), number >= 3) << entry;
-    EXPECT_FALSE(Of13().at({entry, ""}).is_used) << entry;
-  }
-  EXPECT_EQ(RowOf("kelp_mac_address3").at(0),
-            "`/proc/sys/kernel/kelp_mac_address3`, `4`, `5` (`4`, `5` on `orchid`)");
-  EXPECT_EQ(RowOf("kelp_mac_address3").at(2), "stops the run");
+  for (const int number : {0, 1, 2}) ExpectKernelEntry(number, false);
+  for (const int number : {3, 4, 5}) ExpectKernelEntry(number, true);
+  ExpectInRow("kelp_mac_address3", kFile,
+              "`/proc/sys/kernel/kelp_mac_address3`, `4`, `5` (`4`, `5` on `orchid`)");
+  ExpectInRow("kelp_mac_address3", kMissing, "stops the run");
 }
 
 void ExpectWhichFilesHaveToBeThere() {
   for (const char* file :
        {"lbd.conf", "lbd.guest.conf", "wifi_nvram", "wifi_wps", "mf.info", "mf_guest.info", "mf.setting"}) {
-    EXPECT_TRUE(EndsTheUpdate(Of125(), file, "")) << file;
-    EXPECT_EQ(RowOf(file).at(3), "archived, stops the archive when missing") << file;
+    ExpectNeeded(Of125(), file, true);
+    ExpectInRow(file, kAfterwards, "archived, stops the archive when missing");
   }
   for (const char* file : {"mesh.conf", "mf_deny.conf", "mf_allow.conf", "secret.key", "uboot.env"}) {
-    EXPECT_FALSE(EndsTheUpdate(Of125(), file, "")) << file;
-    EXPECT_TRUE(Of125().at({file, ""}).is_used) << file;
+    ExpectNeeded(Of125(), file, false);
   }
-  for (const char* file : {"mesh.conf", "mf_deny.conf", "secret.key", "fw_env.config", "info.conf"}) {
-    EXPECT_THAT(RowOf(file).at(3), ::testing::AnyOf("stays", "stay")) << file;
+  ExpectInRow("mf_deny.conf", kAfterwards, "stay");
+  for (const char* file : {"mesh.conf", "secret.key", "fw_env.config", "info.conf"}) {
+    ExpectInRow(file, kAfterwards, "stays");
   }
+}
+
+void ExpectWhichKeysHaveToBeThere() {
+  Names needed;
   for (const auto& [input, observed] : Of125()) {
-    if (input.first != "info.conf" || !observed.ends_the_update) continue;
-    // With another role there are other radios, which may have no files.
-    EXPECT_THAT(input.second, ::testing::AnyOf("", "kelpbios", "wps_pin", "mesh_network_role"));
+    if (input.first == "info.conf" && observed.ends_the_update) needed.insert(input.second);
   }
-  EXPECT_TRUE(EndsTheUpdate(Of125(), "info.conf", "kelpbios"));
-  EXPECT_TRUE(EndsTheUpdate(Of125(), "info.conf", "wps_pin"));
-  EXPECT_EQ(RowOf("info.conf").at(2), "the model and, below 8228, the PIN stop the run");
+  // With another role there are other radios, which may have no files.
+  EXPECT_EQ(needed, (Names{"", "kelpbios", "wps_pin", "mesh_network_role"}));
+  ExpectInRow("info.conf", kMissing, "the model and, below 8228, the PIN stop the run");
 }
 
 void ExpectWhatGeneration13Reads() {
-  const auto passages = PassagesOfTheMap();
-  const auto builds = std::ranges::find_if(
-      passages, [](const Passage& passage) { return passage.text.starts_with("Builds 8228 to 9224 read"); });
-  ASSERT_NE(builds, passages.end());
   Names used;
   for (const auto& [input, observed] : Of13()) {
     if (observed.is_used) used.insert(input.first);
   }
-  EXPECT_THAT(used, UnorderedElementsAre("model.json", "country.json", "backhaul.json", "mesh_role.conf",
-                                         "info.conf"));
-  for (const char* file : {"/usr/kelp/etc/wifi/model.json", "country.json", "backhaul.json",
-                           "/usr/kelp/etc/mesh/mesh_role.conf", "kelpbios", "mesh_network_role"}) {
-    EXPECT_TRUE(builds->names.contains(file)) << file;
-  }
-  EXPECT_THAT(UsedKeys(Of13(), "info.conf"), ElementsAre("kelpbios", "mesh_network_role"));
-  for (const char* file : {"model.json", "country.json", "backhaul.json"}) {
-    EXPECT_TRUE(EndsTheUpdate(Of13(), file, "")) << file;
-  }
-  EXPECT_FALSE(EndsTheUpdate(Of13(), "mesh_role.conf", ""));
+  EXPECT_EQ(used, (Names{"model.json", "country.json", "backhaul.json", "mesh_role.conf", "info.conf"}));
+  ExpectKeys(Of13(), "info.conf", {"kelpbios", "mesh_network_role"});
+  for (const char* file : {"model.json", "country.json", "backhaul.json"}) ExpectNeeded(Of13(), file, true);
+  ExpectNeeded(Of13(), "mesh_role.conf", false);
+
+  const auto passages = PassagesOfTheMap();
+  const auto builds = std::ranges::find_if(
+      passages, [](const Passage& passage) { return passage.text.starts_with("Builds 8228 to 9224 read"); });
+  ASSERT_NE(builds, passages.end());
+  EXPECT_THAT(builds->names, ::testing::IsSupersetOf({"/usr/kelp/etc/wifi/model.json", "country.json",
+                                                      "backhaul.json", "/usr/kelp/etc/mesh/mesh_role.conf",
+                                                      "kelpbios", "mesh_network_role"}));
 }
 
 bool StandTogether(const std::vector<Passage>& passages, const std::string& key, const std::string& member) {
@@ -253,35 +273,46 @@ void ExpectOnTheMap(const Observations& observations) {
   }
 }
 
-void ExpectTheGlobalDocuments() {
-  const auto moves = [](const Observations& observations, const std::string& file, const std::string& key) {
-    const Observed& observed = observations.at({file, key});
-    return observed.members.empty() ? observed.members_of_radios : observed.members;
-  };
-  const std::string info = "info.conf";
-  EXPECT_THAT(moves(Of125(), info, "kelpbios"), ::testing::Contains("defaultModel"));
-  EXPECT_THAT(moves(Of125(), info, "mesh_network_role"),
-              UnorderedElementsAre("meshInfo.isRepeater", "meshInfo.connectedModels", "netTopology"));
-  EXPECT_THAT(moves(Of125(), info, "net_topology"), ElementsAre("netTopology"));
-  EXPECT_THAT(moves(Of125(), info, "country_code"), ElementsAre("countryCodeSetting.countryCode"));
-  EXPECT_THAT(moves(Of125(), info, "mesh_swap_backhaul_band"), ElementsAre("backhaulSwapped"));
-  EXPECT_THAT(moves(Of125(), "mesh.conf", "repeater_nodes"), ::testing::Contains("meshInfo.connectedModels"));
-  EXPECT_THAT(moves(Of125(), "uboot.env", "usb3_disable"), ElementsAre("usb3Enabled"));
-  EXPECT_THAT(moves(Of125(), "wifi_wps", "is_wps_ap_pin_enabled"), ElementsAre("pin_enabled"));
-  EXPECT_THAT(moves(Of125(), "wifi_wps", "wps_ap_pin"), ElementsAre("pin"));
-  EXPECT_THAT(moves(Of125(), "mf.info", "policy"), ElementsAre("mac_filter_profile_id"));
-  EXPECT_THAT(moves(Of125(), "mf.setting", "broadcast_detect_enabled"),
-              ElementsAre("broadcastDetect.enabled"));
-  EXPECT_THAT(moves(Of125(), "mf.setting", "broadcast_threshold"),
-              UnorderedElementsAre("broadcastDetect.enabled", "broadcastDetect.threshold"));
-  for (const char* key : {"enable", "desc", "mac"}) {
-    EXPECT_THAT(moves(Of125(), "mf_deny.conf", key), ::testing::Contains("macFilterProfiles")) << key;
+struct Moved {
+  const char* file;
+  const char* key;
+  Names members;
+};
+
+/// That each key moves those members, and of global.json and misc.json no others; where it moves none of
+/// them, no others of radios and networks.
+void ExpectMoves(const Observations& observations, const std::vector<Moved>& moves) {
+  for (const Moved& moved : moves) {
+    const Observed& observed = observations.at({moved.file, moved.key});
+    EXPECT_EQ(observed.members.empty() ? observed.members_of_radios : observed.members, moved.members)
+        << moved.key << " of " << moved.file;
   }
-  EXPECT_THAT(moves(Of13(), info, "kelpbios"), ElementsAre("defaultModel"));
-  EXPECT_THAT(moves(Of13(), "model.json", "connected_models"), ElementsAre("meshInfo.connectedModels"));
-  EXPECT_THAT(moves(Of13(), "mesh_role.conf", "role"), ElementsAre("meshInfo.isRepeater"));
-  EXPECT_THAT(moves(Of13(), "country.json", "country_code"), ElementsAre("countryCodeSetting.countryCode"));
-  EXPECT_THAT(moves(Of13(), "backhaul.json", "radio_frequencies"), ElementsAre("backhaulSwapped"));
+}
+
+void ExpectWhatKeysMove() {
+  const Names profiles{"macFilterProfiles"};
+  ExpectMoves(
+      Of125(),
+      {{"info.conf", "mesh_network_role", {"meshInfo.isRepeater", "meshInfo.connectedModels", "netTopology"}},
+       {"info.conf", "kelpbios", {"defaultModel"}},
+       {"info.conf", "net_topology", {"netTopology"}},
+       {"info.conf", "country_code", {"countryCodeSetting.countryCode"}},
+       {"info.conf", "mesh_swap_backhaul_band", {"backhaulSwapped"}},
+       {"mesh.conf", "repeater_nodes", {"meshInfo.connectedModels"}},
+       {"uboot.env", "usb3_disable", {"usb3Enabled"}},
+       {"wifi_wps", "is_wps_ap_pin_enabled", {"pin_enabled"}},
+       {"wifi_wps", "wps_ap_pin", {"pin"}},
+       {"mf.info", "policy", {"mac_filter_profile_id"}},
+       {"mf.setting", "broadcast_detect_enabled", {"broadcastDetect.enabled"}},
+       {"mf.setting", "broadcast_threshold", {"broadcastDetect.enabled", "broadcastDetect.threshold"}},
+       {"mf_deny.conf", "enable", profiles},
+       {"mf_deny.conf", "desc", profiles},
+       {"mf_deny.conf", "mac", profiles}});
+  ExpectMoves(Of13(), {{"info.conf", "kelpbios", {"defaultModel"}},
+                       {"model.json", "connected_models", {"meshInfo.connectedModels"}},
+                       {"mesh_role.conf", "role", {"meshInfo.isRepeater"}},
+                       {"country.json", "country_code", {"countryCodeSetting.countryCode"}},
+                       {"backhaul.json", "radio_frequencies", {"backhaulSwapped"}}});
 }
 
 // One test, since each would make the experiments anew.
@@ -289,8 +320,9 @@ TEST(MigrationMap, IsWhatAnExperimentFindsOfOtherInputs) {
   ExpectTheKeysThatAreRead();
   ExpectTheKernelEntries();
   ExpectWhichFilesHaveToBeThere();
+  ExpectWhichKeysHaveToBeThere();
   ExpectWhatGeneration13Reads();
-  ExpectTheGlobalDocuments();
+  ExpectWhatKeysMove();
   ExpectOnTheMap(Of125());
   ExpectOnTheMap(Of13());
 }
