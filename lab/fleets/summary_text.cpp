@@ -35,6 +35,25 @@ std::vector<typename Map::const_iterator> ByDevices(const Map& map) {
   return entries;
 }
 
+/// What breaks comes before what merely changes, however many have that; last what this release does not
+/// know.
+int Rank(const std::string& id) {
+  const FindingKind* const kind = FindFindingKind(id);
+  return kind == nullptr ? static_cast<int>(Severity::Changes) + 1 : static_cast<int>(kind->severity);
+}
+
+auto BySeverity(const std::map<std::string, DeviceGroup>& findings) {
+  auto entries = ByDevices(findings);
+  std::ranges::stable_sort(entries,
+                           [](auto left, auto right) { return Rank(left->first) < Rank(right->first); });
+  return entries;
+}
+
+/// "1 device", "2 devices".
+std::string Counted(std::size_t number, const std::string& thing) {
+  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
 std::vector<std::pair<std::string, std::size_t>> ByCount(const std::map<std::string, std::size_t>& words) {
   std::vector<std::pair<std::string, std::size_t>> entries(words.begin(), words.end());
   std::ranges::stable_sort(entries,
@@ -53,7 +72,7 @@ void PrintExamples(std::ostream& out, const DeviceGroup& group) {
 void PrintFindings(std::ostream& out, const Summary& summary) {
   if (summary.findings.empty()) return;
   out << "\nFindings\n";
-  for (const auto& entry : ByDevices(summary.findings)) {
+  for (const auto& entry : BySeverity(summary.findings)) {
     const auto& [id, group] = *entry;
     const FindingKind* const kind = FindFindingKind(id);
     out << Padded(group.devices, 8) << "  " << Share(group.devices, summary.devices) << "  "
@@ -85,13 +104,14 @@ void PrintLog(std::ostream& out, const Summary& summary) {
   out << "\nLog lines\n";
   for (const auto& [number, group] : summary.log) {
     const MessageKind* const kind = FindMessageKind(number);
-    out << Padded(group.lines, 8) << "  " << number << " on " << group.devices << " devices"
+    out << Padded(group.lines, 8) << "  " << number << " on " << Counted(group.devices, "device")
         << (kind != nullptr ? ": " + std::string(kind->format) : "") << '\n';
     if (group.words.empty()) continue;
     out << "            ";
     const auto words = ByCount(group.words);
     for (std::size_t i = 0; i < std::min(words.size(), kWordsShown); ++i) {
-      out << (i > 0 ? ", " : "") << words[i].second << " times \"" << PrintableLine(words[i].first) << '"';
+      out << (i > 0 ? ", " : "") << Counted(words[i].second, "time") << " \"" << PrintableLine(words[i].first)
+          << '"';
     }
     if (words.size() > kWordsShown) out << ", and " << words.size() - kWordsShown << " other words";
     out << '\n';
@@ -140,7 +160,7 @@ std::string Array(const std::vector<std::string>& texts) {
 }  // namespace
 
 void PrintSummary(std::ostream& out, const Summary& summary) {
-  out << summary.devices << (summary.devices == 1 ? " device\n" : " devices\n");
+  out << Counted(summary.devices, "device") << '\n';
   if (summary.devices > 0) out << "\nOutcomes\n";
   for (const auto& [outcome, count] : summary.outcomes) {
     out << Padded(count, 8) << "  " << Share(count, summary.devices) << "  " << OutcomeName(outcome) << '\n';
@@ -163,7 +183,7 @@ std::string SummaryJson(const Summary& summary) {
                        ",\"cause\":" + JsonText(entry->first.second) + "," + GroupJson(entry->second) + "}");
   }
   std::vector<std::string> findings;
-  for (const auto& entry : ByDevices(summary.findings))
+  for (const auto& entry : BySeverity(summary.findings))
     findings.push_back(FindingJson(entry->first, entry->second));
   std::vector<std::string> log;
   for (const auto& [number, group] : summary.log) log.push_back(LogJson(number, group));

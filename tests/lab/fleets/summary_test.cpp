@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -104,6 +105,32 @@ TEST(Summaries, ArePrinted) {
   EXPECT_THAT(text,
               HasSubstr("       8  760 on 4 devices: Invalid security mode: %s, select wpa2.\n            "
                         "4 times \"\", 4 times \"WPA9\"\n"));
+}
+
+TEST(Summaries, TellFirstWhatBreaks) {
+  Summary summary;
+  for (const char* image : {"a", "b", "c"}) {
+    Record record = Device(image, Outcome::Migrated);
+    record.findings = {"power-unknown", "of-tomorrow"};
+    if (image[0] == 'a') record.findings.insert(record.findings.end(), {"ssid-lost", "secret-unsealed"});
+    if (image[0] == 'b') record.findings.push_back("ssid-lost");
+    record.log = {{760, 3, "Invalid security mode: WPA" + record.image + ", select wpa2."}};
+    if (image[0] != 'a') record.log.clear();
+    AddRecord(summary, record);
+  }
+  std::ostringstream out;
+  PrintSummary(out, summary);
+  const std::string text = out.str();
+  std::vector<std::size_t> places;
+  for (const char* id : {"  ssid-lost (breaks)", "  secret-unsealed (weakens)", "  power-unknown (changes)",
+                         "  of-tomorrow\n"})
+    places.push_back(text.find(id));
+  EXPECT_NE(places.back(), std::string::npos);
+  EXPECT_TRUE(std::ranges::is_sorted(places)) << text;
+  const std::string json = SummaryJson(summary);
+  EXPECT_LT(json.find("ssid-lost"), json.find("power-unknown"));
+  EXPECT_THAT(text, HasSubstr("       1  760 on 1 device: Invalid security mode: %s, select wpa2.\n          "
+                              "  1 time \"WPAa\"\n"));
 }
 
 TEST(Summaries, AreJsonToo) {
