@@ -11,6 +11,7 @@
 #include "lab/experiments/effects.h"
 #include "lab/experiments/inputs.h"
 #include "lab/images/image.h"
+#include "lab/reports/discretion.h"
 #include "lab/reports/effects_text.h"
 #include "lab/runs/outcome.h"
 #include "lab/runs/program_run.h"
@@ -26,10 +27,14 @@ struct Request {
   std::filesystem::path program;
 };
 
-/// What an update does not come to has no effect on it, and that is to be known.
-void TellHowItEnds(const Request& request, const std::filesystem::path& program) {
+RunResult RunOnce(const Request& request, const std::filesystem::path& program) {
   PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
-  const Outcome outcome = Judge(RunProgram(device, program, {"--update-config", request.build})).outcome;
+  return RunProgram(device, program, {"--update-config", request.build});
+}
+
+/// What an update does not come to has no effect on it, and that is to be known.
+void TellHowItEnds(const RunResult& run) {
+  const Outcome outcome = Judge(run).outcome;
   if (outcome == Outcome::Migrated || outcome == Outcome::MigratedWithFallbacks) return;
   std::cerr << "devicelab: the update of this device ends as " << OutcomeName(outcome)
             << "; what it does not come to counts as unused\n";
@@ -39,12 +44,16 @@ int Explain(const Request& request) {
   RequireImage(request.image);
   const std::filesystem::path program = ProgramToRun(request.program);
   BecomeRunner();
-  TellHowItEnds(request, program);
+  const RunResult usual = RunOnce(request, program);
+  TellHowItEnds(usual);
+  // Secrets that are sealed in the image are known by what the run made of them.
+  Discretion discretion({}, usual.before);
+  discretion.Learn(usual.after);
   const PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
   const std::vector<Input> inputs = InputsOf(device.Snapshot());
   const unsigned workers = std::max(1U, std::thread::hardware_concurrency());
-  PrintEffects(std::cout, FindEffects(device.Path(), inputs, program, request.build, workers),
-               request.member);
+  PrintEffects(std::cout, FindEffects(device.Path(), inputs, program, request.build, workers), request.member,
+               discretion);
   return 0;
 }
 

@@ -23,9 +23,9 @@ bool Moves(const Effect& effect, const std::string& member) {
                              [&](const std::string& path) { return path.find(member) != std::string::npos; });
 }
 
-void PrintEffect(std::ostream& out, const Effect& effect) {
+void PrintEffect(std::ostream& out, const Effect& effect, const Discretion& discretion) {
   std::string text = MembersText(effect.members);
-  for (const std::string& what : effect.otherwise) text += (text.empty() ? "" : "; ") + what;
+  for (const std::string& what : effect.otherwise) text += (text.empty() ? "" : "; ") + discretion.Text(what);
   out << PrintableLine(NameOf(effect)) << " -> " << PrintableLine(text) << '\n';
 }
 
@@ -65,9 +65,10 @@ std::string MembersText(const std::set<std::string>& members) {
   return text;
 }
 
-void PrintEffects(std::ostream& out, const std::vector<Effect>& effects, const std::string& member) {
+void PrintEffects(std::ostream& out, const std::vector<Effect>& effects, const std::string& member,
+                  const Discretion& discretion) {
   for (const Effect& effect : effects) {
-    if (!effect.IsNone() && (member.empty() || Moves(effect, member))) PrintEffect(out, effect);
+    if (!effect.IsNone() && (member.empty() || Moves(effect, member))) PrintEffect(out, effect, discretion);
   }
   if (member.empty()) PrintUnused(out, effects);
 }

@@ -93,7 +93,7 @@ TEST_F(Effects, AreNoneWhereNobodyReads) {
 
 TEST_F(Effects, ArePrintedByTheObjectsThatTheyMove) {
   std::ostringstream all;
-  lab::PrintEffects(all, effects_, "");
+  lab::PrintEffects(all, effects_, "", lab::Discretion({}, {}));
   EXPECT_THAT(all.str(),
               HasSubstr("wifi_ap_02:11:32:00:00:04: guest_security -> "
                         "network.json.default[1].featureSettings[0].password, .security; the log\n"));
@@ -101,8 +101,18 @@ TEST_F(Effects, ArePrintedByTheObjectsThatTheyMove) {
   EXPECT_THAT(all.str(), HasSubstr(", colour\n"));
 
   std::ostringstream one;
-  lab::PrintEffects(one, effects_, "wps.json.pin_enabled");
+  lab::PrintEffects(one, effects_, "wps.json.pin_enabled", lab::Discretion({}, {}));
   EXPECT_EQ(one.str(), "wifi_wps: is_wps_ap_pin_enabled -> wps.json.pin_enabled\n");
+}
+
+TEST_F(Effects, ArePrintedWithoutTheSecretsThatAProgramTells) {
+  const Effect effect{
+      .file = "/x/wifi_ap", .entry = "ssid", .members = {}, .otherwise = {"the update ends with: no word9"}};
+  std::ostringstream out;
+  lab::PrintEffects(
+      out, {effect}, "",
+      lab::Discretion({}, {{"/x/wifi_ap", {lab::Entry::Kind::File, 0644, "password=word9\n"}}}));
+  EXPECT_EQ(out.str(), "wifi_ap: ssid -> the update ends with: no ********\n");
 }
 
 }  // namespace
