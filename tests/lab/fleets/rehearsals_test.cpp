@@ -169,12 +169,14 @@ TEST_F(Rehearsals, MaskASecretWhereverTheProgramTellsIt) {
       Not(HasSubstr("swordfish")));
 }
 
+Message Answer(const Message& message) {
+  if (message.at(0) == "throw") throw std::runtime_error("thrown there");
+  if (message.at(0) == "end") ::_exit(3);
+  return {message.at(0) + "!", std::string(300'000, 'x'), ""};
+}
+
 TEST(Workers, TellWhatFailed) {
-  Worker worker([](const Message& message) -> Message {
-    if (message.at(0) == "throw") throw std::runtime_error("thrown there");
-    if (message.at(0) == "end") ::_exit(3);
-    return {message.at(0) + "!", std::string(300'000, 'x'), ""};
-  });
+  Worker worker(Answer);
   const auto ask = [&](const std::string& text) {
     worker.Send({text});
     while (true) {
@@ -194,42 +196,47 @@ RunResult Documents(const std::string& name, const std::string& text) {
   return run;
 }
 
-TEST(Comparisons, GoSettingBySetting) {
+/// What `compare` tells of two versions of a network document.
+std::vector<std::string> Differences(const std::string& was, const std::string& now) {
   const Record record;
-  const auto compare = [&](const std::string& was, const std::string& now) {
-    std::vector<std::string> texts;
-    for (const Difference& difference : Compare(record, Documents("network.json.default", was), record,
-                                                Documents("network.json.default", now))) {
-      texts.push_back(difference.what + ": " + difference.was + " -> " + difference.now);
-    }
-    return texts;
-  };
-  EXPECT_THAT(compare("{\"a\":1}", "{ \"a\" : 1 }"), IsEmpty()) << "blanks make no difference";
-  EXPECT_THAT(compare("[{\"f\":[{\"security\":7}]}]", "[{\"f\":[{\"security\":4}]}]"),
+  std::vector<std::string> texts;
+  for (const Difference& difference : Compare(record, Documents("network.json.default", was), record,
+                                              Documents("network.json.default", now))) {
+    texts.push_back(difference.what + ": " + difference.was + " -> " + difference.now);
+  }
+  return texts;
+}
+
+TEST(Comparisons, GoSettingBySetting) {
+  EXPECT_THAT(Differences("{\"a\":1}", "{ \"a\" : 1 }"), IsEmpty()) << "blanks make no difference";
+  EXPECT_THAT(Differences("[{\"f\":[{\"security\":7}]}]", "[{\"f\":[{\"security\":4}]}]"),
               ElementsAre("network.json.default[0].f[0].security: 7 -> 4"));
-  EXPECT_THAT(compare("{\"a\":1,\"c\":{}}", "{\"b\":\"x\",\"c\":[]}"),
+  EXPECT_THAT(Differences("{\"a\":1,\"c\":{}}", "{\"b\":\"x\",\"c\":[]}"),
               ElementsAre("network.json.default.a: 1 -> ", "network.json.default.b:  -> \"x\"",
                           "network.json.default.c: {...} -> [...]"));
-  EXPECT_THAT(compare("[1,2]", "[1]"), ElementsAre("network.json.default[1]: 2 -> "));
-  EXPECT_THAT(compare("{\"password\":\"old\"}", "{\"password\":\"new\"}"),
+  EXPECT_THAT(Differences("[1,2]", "[1]"), ElementsAre("network.json.default[1]: 2 -> "));
+  EXPECT_THAT(Differences("{}", "{"), ElementsAre("network.json.default: JSON -> no JSON"));
+}
+
+TEST(Comparisons, MaskSecretsAndTellThatTheyChanged) {
+  EXPECT_THAT(Differences("{\"password\":\"old\"}", "{\"password\":\"new\"}"),
               ElementsAre("network.json.default.password: \"********\" -> \"********\""));
-  EXPECT_THAT(compare("{\"password\":\"old\"}", "{\"password\":\"\"}"),
+  EXPECT_THAT(Differences("{\"password\":\"old\"}", "{\"password\":\"\"}"),
               ElementsAre("network.json.default.password: \"********\" -> \"\""));
-  EXPECT_THAT(compare("{\"pin\":1234}", "{\"pin\":5678}"),
+  EXPECT_THAT(Differences("{\"pin\":1234}", "{\"pin\":5678}"),
               ElementsAre("network.json.default.pin: \"********\" -> \"********\""));
-  EXPECT_THAT(compare("{\"passwords\":[\"old\"]}", "{\"passwords\":[\"new\",\"more\"]}"),
+  EXPECT_THAT(Differences("{\"passwords\":[\"old\"]}", "{\"passwords\":[\"new\",\"more\"]}"),
               ElementsAre("network.json.default.passwords[0]: \"********\" -> \"********\"",
                           "network.json.default.passwords[1]:  -> \"********\""));
-  EXPECT_THAT(compare("{\"password\":false}", "{\"password\":true}"),
+  EXPECT_THAT(Differences("{\"password\":false}", "{\"password\":true}"),
               ElementsAre("network.json.default.password: false -> true"));
-  EXPECT_THAT(compare("{\"password\":12345678}", "{\"password\":[\"other\"]}"),
+  EXPECT_THAT(Differences("{\"password\":12345678}", "{\"password\":[\"other\"]}"),
               ElementsAre("network.json.default.password: \"********\" -> [...]"));
-  EXPECT_THAT(compare("{\"password\":[\"first\"]}", "{\"password\":[\"other\"]}"),
+  EXPECT_THAT(Differences("{\"password\":[\"first\"]}", "{\"password\":[\"other\"]}"),
               ElementsAre("network.json.default.password[0]: \"********\" -> \"********\""));
-  EXPECT_THAT(compare("{\"password\":\"swordfish\",\"week_day\":\"swordfish\"}",
-                      "{\"password\":\"swordfish\",\"week_day\":\"\"}"),
+  EXPECT_THAT(Differences("{\"password\":\"swordfish\",\"week_day\":\"swordfish\"}",
+                          "{\"password\":\"swordfish\",\"week_day\":\"\"}"),
               ElementsAre("network.json.default.week_day: \"********\" -> \"\""));
-  EXPECT_THAT(compare("{}", "{"), ElementsAre("network.json.default: JSON -> no JSON"));
 }
 
 TEST(Comparisons, SeeHowTheRunsEndedAndWhatTheyLeft) {

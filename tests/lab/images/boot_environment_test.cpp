@@ -149,21 +149,35 @@ TEST(BootCopies, AreThoseThatTheConfigurationNames) {
             (std::vector<BootCopy>{{"/x", 0, 0x100000}}));
 }
 
-TEST(BootCopies, AreReadAsTheyWereMade) {
-  const BootVariables variables{{"a", "1=2"}, {"b", ""}};
-  const BootCopy copy{"/env", 3, 64};
-  for (const std::endian order : {std::endian::little, std::endian::big}) {
-    const std::string file = "xyz" + RedundantBootEnvironment(variables, 64, 7, 0xFF, order);
-    const auto content = ReadBootCopy(file, copy, true);
-    ASSERT_TRUE(content);
-    EXPECT_EQ(content->variables, variables);
-    EXPECT_EQ(content->flag, 7);
-    EXPECT_EQ(content->order, order);
-    EXPECT_FALSE(ReadBootCopy(file, copy, false));
-    EXPECT_FALSE(ReadBootCopy(file.substr(0, file.size() - 1), copy, true));
-    EXPECT_FALSE(ReadBootCopy("abcd" + file.substr(4), copy, true)) << "its sum is wrong";
-  }
-  EXPECT_EQ(ReadBootCopy("xyz" + BootEnvironment(variables, 64), copy, false)->variables, variables);
+class BootCopiesInOrder : public ::testing::TestWithParam<std::endian> {
+ protected:
+  const BootVariables variables_{{"a", "1=2"}, {"b", ""}};
+  const BootCopy copy_{"/env", 3, 64};
+  const std::string file_ = "xyz" + RedundantBootEnvironment(variables_, 64, 7, 0xFF, GetParam());
+};
+
+INSTANTIATE_TEST_SUITE_P(Machines, BootCopiesInOrder,
+                         ::testing::Values(std::endian::little, std::endian::big));
+
+TEST_P(BootCopiesInOrder, AreReadAsTheyWereMade) {
+  const auto content = ReadBootCopy(file_, copy_, true);
+  ASSERT_TRUE(content);
+  EXPECT_EQ(content->variables, variables_);
+  EXPECT_EQ(content->flag, 7);
+  EXPECT_EQ(content->order, GetParam());
+}
+
+TEST_P(BootCopiesInOrder, AreNoneWithoutTheirSum) {
+  EXPECT_FALSE(ReadBootCopy(file_, copy_, false));
+  EXPECT_FALSE(ReadBootCopy(file_.substr(0, file_.size() - 1), copy_, true));
+  EXPECT_FALSE(ReadBootCopy("abcd" + file_.substr(4), copy_, true));
+}
+
+TEST(BootCopies, AreReadWithoutAFlag) {
+  const BootVariables variables{{"a", "1=2"}};
+  const auto content = ReadBootCopy("xyz" + BootEnvironment(variables, 64), {"/env", 3, 64}, false);
+  ASSERT_TRUE(content);
+  EXPECT_EQ(content->variables, variables);
   EXPECT_FALSE(ReadBootCopy("xyzw", {"/env", 3, 1}, false));
 }
 
