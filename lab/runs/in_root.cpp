@@ -40,6 +40,8 @@ InRoot::InRoot(PrivateRoot& root)
       wake_(Checked(::eventfd(0, EFD_CLOEXEC), "make", "an eventfd")),
       collector_(root),
       thread_([this](const std::stop_token& stop) { Collect(stop); }) {
+  // Tests fork, and a thread that is still being started may hold locks that the child would then wait for.
+  is_collecting_.acquire();
   ::closelog();  // syslog(3) would go on with the socket that it has
   Enter(root.Path().native());
 }
@@ -63,6 +65,7 @@ std::vector<LogLine> InRoot::Log() {
 void InRoot::Collect(const std::stop_token& stop) {
   BlockSignals();
   const std::stop_callback wake(stop, [this] { ::eventfd_write(wake_.Get(), 1); });
+  is_collecting_.release();
   std::array<pollfd, 2> sources{pollfd{collector_.Socket(), POLLIN, 0}, pollfd{wake_.Get(), POLLIN, 0}};
   while (!stop.stop_requested()) {
     ::poll(sources.data(), sources.size(), -1);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <mutex>
+#include <semaphore>
 #include <stop_token>
 #include <thread>
 #include <vector>
@@ -32,6 +33,7 @@ class InRoot {
   Descriptor wake_;
   std::mutex collector_mutex_;
   LogCollector collector_;
+  std::binary_semaphore is_collecting_{0};
   std::jthread thread_;
 };
 

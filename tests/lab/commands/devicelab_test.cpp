@@ -262,7 +262,7 @@ class DeviceLabProcess : public DeviceLab {
     ::dup2(writing.Get(), STDOUT_FILENO);
     ::setenv("TMPDIR", temporary_.Path().c_str(), 1);
     ::execl(DEVICELAB, DEVICELAB, "run", image_.Path().c_str(), "--from", build.c_str(), "--program",
-            TEST_PROGRAM, nullptr);
+            TEST_PROGRAM, "--documents", nullptr);  // with which a report may be more than a pipe takes
     ::_exit(127);
   }
 
