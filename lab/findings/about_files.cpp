@@ -1,20 +1,15 @@
 #include <algorithm>
-#include <cctype>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/households/legacy_words.h"
 #include "lab/images/tree_lookup.h"
 
 namespace lab {
 namespace {
-
-std::string InLowerCase(std::string text) {
-  std::ranges::transform(text, text.begin(), [](unsigned char byte) { return std::tolower(byte); });
-  return text;
-}
 
 /// An access-point file whose address differs in its letter case only; empty where there is none.
 std::string SpelledOtherwise(const Rehearsal& rehearsal, const std::string& file) {

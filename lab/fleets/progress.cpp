@@ -3,16 +3,14 @@
 #include <algorithm>
 #include <ostream>
 
+#include "lab/fleets/counted.h"
+
 namespace lab::fleets {
 namespace {
 
 constexpr std::chrono::seconds kLineEvery{10};
 constexpr std::chrono::milliseconds kBarEvery{200};
 constexpr std::size_t kBarWidth = 20;
-
-std::string Count(std::size_t count, const std::string& thing) {
-  return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
-}
 
 /// "14 s", "3 min", "2 h".
 std::string Duration(double seconds) {
@@ -27,7 +25,7 @@ std::string Duration(double seconds) {
 std::string ProgressText(const ProgressState& state) {
   const std::size_t done = state.done + state.done_before;
   std::string text =
-      state.total ? std::to_string(done) + " of " + Count(*state.total, "device") : Count(done, "device");
+      state.total ? std::to_string(done) + " of " + Counted(*state.total, "device") : Counted(done, "device");
   const double seconds = std::chrono::duration<double>(state.elapsed).count();
   if (state.done > 0 && seconds > 0) {
     const double rate = static_cast<double>(state.done) / seconds;
@@ -36,7 +34,7 @@ std::string ProgressText(const ProgressState& state) {
       text += ", " + Duration(static_cast<double>(*state.total - done) / rate) + " left";
     }
   }
-  return text + ", " + Count(state.failures, "failure");
+  return text + ", " + Counted(state.failures, "failure");
 }
 
 std::string ProgressBar(const ProgressState& state, std::size_t width) {

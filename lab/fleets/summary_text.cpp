@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "lab/findings/findings.h"
+#include "lab/fleets/counted.h"
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/summary.h"
 #include "lab/messages/message_kinds.h"
@@ -47,11 +48,6 @@ auto BySeverity(const std::map<std::string, DeviceGroup>& findings) {
   std::ranges::stable_sort(entries,
                            [](auto left, auto right) { return Rank(left->first) < Rank(right->first); });
   return entries;
-}
-
-/// "1 device", "2 devices".
-std::string Counted(std::size_t number, const std::string& thing) {
-  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
 }
 
 std::vector<std::pair<std::string, std::size_t>> ByCount(const std::map<std::string, std::size_t>& words) {

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <utility>
 
+#include "lab/households/legacy_words.h"
+
 namespace lab {
 namespace {
 
@@ -87,17 +89,13 @@ std::optional<std::string> FindValue(const std::vector<LegacyEntry>& entries, st
 }
 
 bool IsReadWhole(std::string_view word, int number) {
-  const auto take_blanks = [&] {
-    word.remove_prefix(std::min(word.find_first_not_of(" \t\r\n\v\f"), word.size()));
-  };
-  take_blanks();
+  word = SkipBlanks(word);
   if (word.empty()) return true;
   if (word.starts_with('+') && !word.starts_with("+-")) word.remove_prefix(1);
   int read = 0;
   const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), read);
   word.remove_prefix(static_cast<std::size_t>(end - word.data()));
-  take_blanks();
-  return error == std::errc() && word.empty() && read == number;
+  return error == std::errc() && SkipBlanks(word).empty() && read == number;
 }
 
 std::string WithoutEntry(std::string_view text, const LegacyEntry& entry) {

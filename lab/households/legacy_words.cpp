@@ -5,13 +5,25 @@
 #include <set>
 
 namespace lab {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n\v\f";
+
+}  // namespace
+
+std::string_view SkipBlanks(std::string_view word) {
+  return word.substr(std::min(word.find_first_not_of(kBlanks), word.size()));
+}
+
+std::string InLowerCase(std::string_view word) {
+  std::string lower(word);
+  std::ranges::transform(lower, lower.begin(), [](unsigned char byte) { return std::tolower(byte); });
+  return lower;
+}
 
 std::string PlainWord(std::string_view word) {
-  constexpr std::string_view kBlanks = " \t\r\n\v\f";
-  word.remove_prefix(std::min(word.find_first_not_of(kBlanks), word.size()));
-  std::string plain(word.substr(0, word.find_last_not_of(kBlanks) + 1));
-  std::ranges::transform(plain, plain.begin(), [](unsigned char byte) { return std::tolower(byte); });
-  return plain;
+  word = SkipBlanks(word);
+  return InLowerCase(word.substr(0, word.find_last_not_of(kBlanks) + 1));
 }
 
 bool SaysOff(std::string_view word) {

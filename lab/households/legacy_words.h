@@ -18,7 +18,11 @@ bool IsLostFlag(const std::optional<std::string>& word);
 /// refuse.
 bool IsLostRefusal(const std::optional<std::string>& word);
 
-/// Without white space around it and in lower case.
+/// Without the blanks at its beginning: white space as C has it, carriage returns included.
+std::string_view SkipBlanks(std::string_view word);
+/// With the letters of ASCII in lower case.
+std::string InLowerCase(std::string_view word);
+/// Without blanks around it and in lower case.
 std::string PlainWord(std::string_view word);
 
 }  // namespace lab

@@ -1,23 +1,22 @@
 #include "lab/households/rotation_date.h"
 
-#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <optional>
 #include <string_view>
 #include <vector>
 
+#include "lab/households/legacy_words.h"
+
 namespace lab {
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n\v\f";
 
 /// The numbers of a text in which `separators` stand between them, one each; none for another text, or one
 /// with a number too large. Blanks around a number and a plus before it are nothing.
 std::optional<std::vector<int>> Numbers(std::string_view text, std::string_view separators) {
   std::vector<int> numbers;
   for (std::size_t place = 0; place <= separators.size(); ++place) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    text = SkipBlanks(text);
     if (text.starts_with('+')) text.remove_prefix(1);
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -25,8 +24,7 @@ std::optional<std::vector<int>> Numbers(std::string_view text, std::string_view 
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     numbers.push_back(number);
     // A blank may itself be what separates.
-    const std::size_t behind = std::min(text.find_first_not_of(kBlanks), text.size());
-    if (place == separators.size() || separators[place] != ' ') text.remove_prefix(behind);
+    if (place == separators.size() || separators[place] != ' ') text = SkipBlanks(text);
     if (place == separators.size()) break;
     if (!text.starts_with(separators[place])) return std::nullopt;
     text.remove_prefix(1);

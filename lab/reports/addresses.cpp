@@ -1,7 +1,8 @@
 #include "lab/reports/addresses.h"
 
-#include <algorithm>
 #include <cctype>
+
+#include "lab/households/legacy_words.h"
 
 namespace lab {
 namespace {
@@ -15,12 +16,6 @@ bool IsHexDigit(char byte) {
 
 bool IsOfAWord(char byte) {
   return std::isalnum(static_cast<unsigned char>(byte)) != 0;
-}
-
-std::string InLowerCase(std::string_view text) {
-  std::string lower(text);
-  std::ranges::transform(lower, lower.begin(), [](unsigned char byte) { return std::tolower(byte); });
-  return lower;
 }
 
 /// Twelve digits with one of `separators` between each `group` of them; "" for none at all.

@@ -5,6 +5,8 @@
 #include <initializer_list>
 #include <string>
 
+#include "lab/households/legacy_words.h"
+
 namespace lab {
 namespace {
 
@@ -16,9 +18,7 @@ bool IsOfWords(unsigned char byte) {
 std::string NameIn(std::string_view key) {
   while (!key.empty() && !IsOfWords(static_cast<unsigned char>(key.front()))) key.remove_prefix(1);
   while (!key.empty() && !IsOfWords(static_cast<unsigned char>(key.back()))) key.remove_suffix(1);
-  std::string name(key);
-  std::ranges::transform(name, name.begin(), [](unsigned char byte) { return std::tolower(byte); });
-  return name;
+  return InLowerCase(key);
 }
 
 bool HasAny(std::string_view name, std::initializer_list<std::string_view> parts) {

@@ -37,6 +37,7 @@ class ProgramOutput {
 bool DrainUntilEnd(const Descriptor& process, ProgramOutput& out, ProgramOutput& err, LogCollector* log,
                    std::chrono::steady_clock::time_point deadline);
 
+/// For a run's duration: whole milliseconds, rounded down.
 std::chrono::milliseconds TimeSince(std::chrono::steady_clock::time_point start);
 
 }  // namespace lab
