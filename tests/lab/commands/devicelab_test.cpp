@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <stdexcept>
 #include <thread>
 
 #include "lab/images/boot_environment.h"
@@ -269,6 +270,7 @@ class DeviceLabProcess : public DeviceLab {
   /// The status as waitpid(2) gives it.
   int End(int signal) {
     const pid_t pid = std::exchange(lab_, -1);
+    if (pid <= 0) throw std::logic_error("devicelab has not been started");
     ::kill(pid, signal);
     int status = 0;
     ::waitpid(pid, &status, 0);
@@ -282,6 +284,8 @@ class DeviceLabProcess : public DeviceLab {
       program = FindProgram();
       return program > 0;
     });
+    // To kill process -1 is to kill everything on the machine.
+    if (program <= 0) throw std::runtime_error("devicelab has not started the program");
     return program;
   }
 
