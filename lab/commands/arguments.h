@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 
-#include "lab/images/device_layout.h"
+#include "lab/images/tree_builder.h"
 
 namespace lab::commands {
 

@@ -27,11 +27,6 @@ struct Request {
   std::filesystem::path program;
 };
 
-RunResult RunOnce(const Request& request, const std::filesystem::path& program) {
-  PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
-  return RunProgram(device, program, {"--update-config", request.build});
-}
-
 /// What an update does not come to has no effect on it, and that is to be known.
 void TellHowItEnds(const RunResult& run) {
   const Outcome outcome = Judge(run).outcome;
@@ -44,15 +39,15 @@ int Explain(const Request& request) {
   RequireImage(request.image);
   const std::filesystem::path program = ProgramToRun(request.program);
   BecomeRunner();
-  const RunResult usual = RunOnce(request, program);
+  const Tree device = ReadImage(request.image, ToImageLimits(request.limits));
+  const RunResult usual = RunOn(device, program, request.build);
   TellHowItEnds(usual);
   // Secrets that are sealed in the image are known by what the run made of them.
   Discretion discretion({}, usual.before);
   discretion.Learn(usual.after);
-  const PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
-  const std::vector<Input> inputs = InputsOf(device.Snapshot());
+  const std::vector<Input> inputs = InputsOf(device);
   const unsigned workers = std::max(1U, std::thread::hardware_concurrency());
-  PrintEffects(std::cout, FindEffects(device.Path(), inputs, program, request.build, workers), request.member,
+  PrintEffects(std::cout, FindEffects(device, inputs, program, request.build, workers), request.member,
                discretion);
   return 0;
 }

@@ -40,7 +40,7 @@ struct Request {
 
 /// On a copy of the image, which is gone when the run is over.
 RunResult RunOnCopy(const Request& request, const fs::path& program) {
-  PrivateRoot device = DeviceOf(request.image, ToImageLimits(request.limits));
+  PrivateRoot device(ReadImage(request.image, ToImageLimits(request.limits)));
   if (!request.keep.empty()) MakeKeptDevice(request.keep);
   RunResult result = RunProgram(device, program, {"--update-config", request.build});
   if (!request.keep.empty()) KeepDevice(device, request.keep);

@@ -10,17 +10,7 @@
 #include "lab/reports/report.h"
 
 namespace lab::commands {
-namespace {
-
-/// A folder is looked at where it is, as any user can; an archive has to be laid out.
-Tree TreeOf(const std::filesystem::path& image) {
-  RequireImage(image);
-  if (std::filesystem::is_directory(image)) return ReadTree(image);
-  BecomeRunner();
-  return DeviceOf(image).Snapshot();
-}
-
-}  // namespace
+namespace {}  // namespace
 
 void AddShow(CLI::App& app, Actions& actions) {
   CLI::App* const show =
@@ -35,7 +25,10 @@ void AddShow(CLI::App& app, Actions& actions) {
   show->add_flag("--anonymous", request->choice.anonymous,
                  "Show digests in place of SSIDs, MAC addresses, device names and mail addresses");
   actions[show] = [request] {
-    const Tree device = TreeOf(request->image);
+    RequireImage(request->image);
+    // A directory is shown with whatever is in it, usable or not.
+    const bool is_directory = std::filesystem::is_directory(request->image);
+    const Tree device = is_directory ? ReadTree(request->image) : ReadImage(request->image);
     PrintTree(std::cout, device, Discretion(request->choice, device));
     return 0;
   };

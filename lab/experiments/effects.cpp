@@ -14,6 +14,7 @@
 
 #include "lab/households/rehearsal.h"
 #include "lab/images/private_root.h"
+#include "lab/images/tree_lookup.h"
 #include "lab/runs/program_run.h"
 
 namespace lab {
@@ -101,11 +102,10 @@ void Compare(const Observed& usual, const Observed& varied, Effect& effect) {
 
 class Experiment {
  public:
-  Experiment(const std::filesystem::path& image, const std::vector<Input>& inputs,
-             const std::filesystem::path& program, std::string from)
-      : image_(image), inputs_(inputs), program_(program), from_(std::move(from)), effects_(inputs.size()) {
-    PrivateRoot device(image_);
-    usual_ = Observe(RunOn(device));
+  Experiment(const Tree& device, const std::vector<Input>& inputs, const std::filesystem::path& program,
+             std::string from)
+      : device_(device), inputs_(inputs), program_(program), from_(std::move(from)), effects_(inputs.size()) {
+    usual_ = Observe(RunOn(device_, program_, from_));
   }
 
   std::vector<Effect> Run(unsigned workers) {
@@ -120,10 +120,6 @@ class Experiment {
   }
 
  private:
-  RunResult RunOn(PrivateRoot& device) const {
-    return RunProgram(device, program_, {"--update-config", from_});
-  }
-
   void Work() {
     try {
       for (std::size_t number = next_++; number < inputs_.size(); number = next_++) Try(number);
@@ -140,17 +136,18 @@ class Experiment {
     effect.file = input.file;
     effect.entry = input.entry;
     for (const Variation& variation : input.variations) {
-      PrivateRoot device(image_);
+      Tree device = device_;
+      const std::string path = ResolvePath(device, variation.path).value();
       if (variation.content) {
-        device.Write(variation.path, *variation.content);
+        device.at(path).content = *variation.content;
       } else {
-        device.Remove(variation.path);
+        device.erase(path);
       }
-      Compare(usual_, Observe(RunOn(device)), effect);
+      Compare(usual_, Observe(RunOn(device, program_, from_)), effect);
     }
   }
 
-  const std::filesystem::path& image_;
+  const Tree& device_;
   const std::vector<Input>& inputs_;
   const std::filesystem::path& program_;
   std::string from_;
@@ -163,10 +160,15 @@ class Experiment {
 
 }  // namespace
 
-std::vector<Effect> FindEffects(const std::filesystem::path& image, const std::vector<Input>& inputs,
+RunResult RunOn(const Tree& device, const std::filesystem::path& program, const std::string& from) {
+  PrivateRoot root(device);
+  return RunProgram(root, program, {"--update-config", from});
+}
+
+std::vector<Effect> FindEffects(const Tree& device, const std::vector<Input>& inputs,
                                 const std::filesystem::path& program, const std::string& from,
                                 unsigned workers) {
-  return Experiment(image, inputs, program, from).Run(workers);
+  return Experiment(device, inputs, program, from).Run(workers);
 }
 
 }  // namespace lab

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "lab/experiments/inputs.h"
+#include "lab/images/tree.h"
+#include "lab/runs/program_run.h"
 
 namespace lab {
 
@@ -22,10 +24,13 @@ struct Effect {
   bool IsNone() const { return members.empty() && otherwise.empty(); }
 };
 
-/// Tries each of `inputs`, which are those of the device in the folder `image`: runs `program` from the build
+/// Runs `program` on a device in a private root of its own, from the build `from`.
+RunResult RunOn(const Tree& device, const std::filesystem::path& program, const std::string& from);
+
+/// Tries each of `inputs`, which are those of `device`: runs `program` from the build
 /// `from` without it and with it changed, and compares with the run on the device as it is. On `workers`
 /// devices at a time, each in a private root. In the order of the inputs.
-std::vector<Effect> FindEffects(const std::filesystem::path& image, const std::vector<Input>& inputs,
+std::vector<Effect> FindEffects(const Tree& device, const std::vector<Input>& inputs,
                                 const std::filesystem::path& program, const std::string& from,
                                 unsigned workers);
 

@@ -10,7 +10,7 @@
 
 #include "lab/findings/findings.h"
 #include "lab/fleets/json_text.h"
-#include "lab/images/boot_overlay.h"
+#include "lab/images/boot_variables.h"
 #include "lab/images/image.h"
 #include "lab/messages/message_kinds.h"
 #include "lab/reports/discretion.h"
@@ -126,7 +126,7 @@ std::string ListedPath(const std::string& path) {
 }  // namespace
 
 void RequireOverlays(const RehearsalOptions& options) {
-  for (const std::filesystem::path& overlay : options.overlays) DeviceOf(overlay, options.image_limits);
+  for (const std::filesystem::path& overlay : options.overlays) ReadImage(overlay, options.image_limits);
 }
 
 Record DeviceRehearsal::Rehearse(const DeviceSource& source) {
@@ -139,7 +139,7 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   record.image = Utf8Text(source.image);
   record.from = Utf8Text(source.from);
   try {
-    LayOnWorkbench(source);
+    LayOut(Read(source));
     run = bench_->Run({"--update-config", source.from}, options_.limit);
   } catch (const UnusableImage& error) {
     record.error = error.what();
@@ -169,30 +169,32 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   return record;
 }
 
-void DeviceRehearsal::Lay(const DeviceSource& source) {
-  DeviceLayout layout(bench_->Device(), options_.image_limits);
-  LayImage(layout, source.image);
+Tree DeviceRehearsal::Read(const DeviceSource& source) const {
+  TreeBuilder tree(options_.image_limits);
+  ReadImage(tree, source.image);
   for (const std::filesystem::path& overlay : options_.overlays) {
-    layout.BeginOverlay();
-    LayImage(layout, overlay);
+    tree.BeginOverlay();
+    ReadImage(tree, overlay);
   }
   try {
-    layout.BeginOverlay();
-    for (const auto& [path, text] : source.files) layout.AddFile(ListedPath(path), 0644, text);
-    LayBootVariables(bench_->Device(), source.boot);
+    tree.BeginOverlay();
+    for (const auto& [path, text] : source.files) tree.AddFile(ListedPath(path), 0644, text);
+    Tree device = tree.Take();
+    SetBootVariables(device, source.boot);
+    return device;
   } catch (const UnusableImage& error) {
     throw UnusableImage(source.image + " " + error.what());
   }
 }
 
-void DeviceRehearsal::LayOnWorkbench(const DeviceSource& source) {
+void DeviceRehearsal::LayOut(const Tree& device) {
   if (!bench_) MakeWorkbench(Workbench::Fittings::First);
   try {
-    Lay(source);
-  } catch (const OccupiedPlace&) {
+    WriteTree(device, bench_->Device().Directory());
+  } catch (const MountPointConflict&) {
     // A device with something of its own where the host's folders go is laid out before they come.
     MakeWorkbench(Workbench::Fittings::Last);
-    Lay(source);
+    WriteTree(device, bench_->Device().Directory());
   }
 }
 

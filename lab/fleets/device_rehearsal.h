@@ -8,7 +8,8 @@
 
 #include "lab/fleets/device_source.h"
 #include "lab/fleets/record.h"
-#include "lab/images/device_layout.h"
+#include "lab/images/tree.h"
+#include "lab/images/tree_builder.h"
 #include "lab/runs/program_run.h"
 #include "lab/runs/workbench.h"
 
@@ -41,8 +42,8 @@ class DeviceRehearsal {
   Record Rehearse(const DeviceSource& source, RunResult& run);
 
  private:
-  void Lay(const DeviceSource& source);
-  void LayOnWorkbench(const DeviceSource& source);
+  Tree Read(const DeviceSource& source) const;
+  void LayOut(const Tree& device);
   void ClearWorkbench();
   void MakeWorkbench(Workbench::Fittings fittings);
 

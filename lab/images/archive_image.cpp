@@ -42,10 +42,10 @@ Archive Open(int file) {
 }
 
 /// The bytes of the entry that the archive has come to, gaps of a sparse file filled with zeros.
-std::string ReadBytes(const DeviceLayout& layout, archive* opened, archive_entry* entry,
+std::string ReadBytes(const TreeBuilder& tree, archive* opened, archive_entry* entry,
                       const std::string& path) {
   const auto size = static_cast<std::uintmax_t>(::archive_entry_size(entry));
-  layout.RequireRoom(size);
+  tree.RequireRoom(size);
   std::string bytes(static_cast<std::size_t>(size), '\0');
   std::size_t done = 0;
   while (done < bytes.size()) {
@@ -57,27 +57,27 @@ std::string ReadBytes(const DeviceLayout& layout, archive* opened, archive_entry
   return bytes;
 }
 
-void LayEntry(DeviceLayout& layout, archive* opened, archive_entry* entry) {
+void ReadEntry(TreeBuilder& tree, archive* opened, archive_entry* entry) {
   const char* const name = ::archive_entry_pathname(entry);
   if (name == nullptr || *name == '\0') throw UnusableImage("has an entry without a name");
   const std::string path = DevicePathOf(name);
   if (const char* const original = ::archive_entry_hardlink(entry)) {
     // It may come with bytes of its own, which are passed over, yet unpacked.
-    layout.RequireRoom(static_cast<std::uintmax_t>(::archive_entry_size(entry)));
-    layout.AddHardLink(path, DevicePathOf(original));
+    tree.RequireRoom(static_cast<std::uintmax_t>(::archive_entry_size(entry)));
+    tree.AddHardLink(path, DevicePathOf(original));
     return;
   }
   const mode_t mode = ::archive_entry_perm(entry);
   switch (::archive_entry_filetype(entry)) {
     case AE_IFREG:
-      layout.AddFile(path, mode, ReadBytes(layout, opened, entry, path));
+      tree.AddFile(path, mode, ReadBytes(tree, opened, entry, path));
       break;
     case AE_IFDIR:
-      layout.AddDirectory(path, mode);
+      tree.AddDirectory(path, mode);
       break;
     case AE_IFLNK: {
       const char* const target = ::archive_entry_symlink(entry);
-      layout.AddLink(path, target != nullptr ? target : "");
+      tree.AddLink(path, target != nullptr ? target : "");
       break;
     }
     case AE_IFSOCK:
@@ -89,13 +89,13 @@ void LayEntry(DeviceLayout& layout, archive* opened, archive_entry* entry) {
   }
 }
 
-/// Where the archive goes on behind the entry that it has come to.
+/// The offset at which the archive continues after the current entry.
 la_int64_t EndOfEntry(archive* opened) {
   if (::archive_read_data_skip(opened) != ARCHIVE_OK) throw UnusableImage("is damaged: " + ReasonOf(opened));
   return ::archive_filter_bytes(opened, 0);
 }
 
-/// However little an archive lays out, it cannot make its reader unpack without end.
+/// However little of an archive becomes files, it cannot make its reader unpack without end.
 void RequireSmall(const ImageLimits& limits, la_int64_t unpacked) {
   if (static_cast<std::uintmax_t>(unpacked) > limits.bytes + limits.entries * kOverheadOfEntry) {
     throw UnusableImage("unpacks to more than a device has, most of which is no file of it");
@@ -104,7 +104,7 @@ void RequireSmall(const ImageLimits& limits, la_int64_t unpacked) {
 
 }  // namespace
 
-void LayArchive(DeviceLayout& layout, int file) {
+void ReadTar(TreeBuilder& tree, int file) {
   const Archive opened = Open(file);
   la_int64_t end_of_entries = 0;
   while (true) {
@@ -114,9 +114,9 @@ void LayArchive(DeviceLayout& layout, int file) {
     if (result != ARCHIVE_OK && result != ARCHIVE_WARN) {
       throw UnusableImage("is damaged: " + ReasonOf(opened.get()));
     }
-    LayEntry(layout, opened.get(), entry);
+    ReadEntry(tree, opened.get(), entry);
     end_of_entries = EndOfEntry(opened.get());
-    RequireSmall(layout.Limits(), end_of_entries);
+    RequireSmall(tree.Limits(), end_of_entries);
   }
   // A plain archive that was cut between two entries differs from a whole one by the empty block at its end.
   if (::archive_filter_bytes(opened.get(), 0) < end_of_entries + kTarBlock) {

@@ -15,6 +15,10 @@ namespace lab {
 
 using BootVariables = std::map<std::string, std::string>;
 
+/// Where a device gets its environment that has none yet, and how large that is.
+inline constexpr const char* kDefaultBootDevice = "/dev/mtdblock1";
+inline constexpr std::size_t kDefaultBootSize = 0x4000;
+
 /// A U-Boot environment of `size` bytes: the CRC-32 of all that follows it, in the byte order of the device,
 /// the variables, padding. Throws std::invalid_argument when they do not fit, or a name or value cannot be
 /// stored.
@@ -63,6 +67,7 @@ std::string BootEnvironmentConfigLine(std::string_view device_path, std::size_t 
 /// Gives the device a boot environment: an image in the file `device_path` and the /etc/fw_env.config that
 /// names it.
 void InstallBootEnvironment(PrivateRoot& root, const BootVariables& variables,
-                            const std::string& device_path = "/dev/mtdblock1", std::size_t size = 0x4000);
+                            const std::string& device_path = kDefaultBootDevice,
+                            std::size_t size = kDefaultBootSize);
 
 }  // namespace lab

@@ -20,11 +20,11 @@ namespace {
 
 /// The file's bytes. One that grows while it is read, or that is larger than it says, costs no more memory
 /// than there is room for.
-std::string ReadFileWithin(const DeviceLayout& layout, int file, const std::string& path) {
+std::string ReadFileWithin(const TreeBuilder& tree, int file, const std::string& path) {
   struct stat status {};
   if (::fstat(file, &status) != 0) ThrowUnreadable(path);
   if (!S_ISREG(status.st_mode)) throw UnusableImage("changes while it is read: " + path);
-  layout.RequireRoom(static_cast<std::uintmax_t>(status.st_size));
+  tree.RequireRoom(static_cast<std::uintmax_t>(status.st_size));
   std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
   std::size_t size = 0;
   while (true) {
@@ -33,20 +33,20 @@ std::string ReadFileWithin(const DeviceLayout& layout, int file, const std::stri
     if (taken < 0) ThrowUnreadable(path);
     if (taken == 0) break;
     size += static_cast<std::size_t>(taken);
-    layout.RequireRoom(size);
+    tree.RequireRoom(size);
     if (size == bytes.size()) bytes.resize(2 * size);
   }
   bytes.resize(size);
   return bytes;
 }
 
-class FolderReader {
+class DirectoryReader {
  public:
-  explicit FolderReader(DeviceLayout& layout) : layout_(layout) {}
+  explicit DirectoryReader(TreeBuilder& tree) : tree_(tree) {}
 
-  /// All that stands in a folder whose device path is `path`, "" for the root.
+  /// Reads all entries of a directory whose device path is `path`, "" for the root.
   void Read(int folder, const std::string& path) {
-    const std::size_t most = layout_.Limits().entries;
+    const std::size_t most = tree_.Limits().entries;
     const std::vector<std::string> names =
         Names(folder, path, most + 1);  // enough to see that it is too many
     if (names.size() > most) throw UnusableImage("holds more than " + std::to_string(most) + " entries");
@@ -64,16 +64,15 @@ class FolderReader {
     const mode_t mode = status.st_mode & 07777U;
     switch (status.st_mode & S_IFMT) {
       case S_IFREG:
-        layout_.RequireRoom(static_cast<std::uintmax_t>(status.st_size));
-        layout_.AddFile(path, mode,
-                        ReadFileWithin(layout_, OpenEntry(folder, name, O_RDONLY, path).Get(), path));
+        tree_.RequireRoom(static_cast<std::uintmax_t>(status.st_size));
+        tree_.AddFile(path, mode, ReadFileWithin(tree_, OpenEntry(folder, name, O_RDONLY, path).Get(), path));
         break;
       case S_IFDIR:
-        layout_.AddDirectory(path, mode);
+        tree_.AddDirectory(path, mode);
         Read(OpenEntry(folder, name, O_RDONLY | O_DIRECTORY, path).Get(), path);
         break;
       case S_IFLNK:
-        layout_.AddLink(path, LinkTarget(folder, name, path));
+        tree_.AddLink(path, LinkTarget(folder, name, path));
         break;
       case S_IFSOCK:
         break;
@@ -90,13 +89,13 @@ class FolderReader {
     return entry;
   }
 
-  DeviceLayout& layout_;
+  TreeBuilder& tree_;
 };
 
 }  // namespace
 
-void LayFolder(DeviceLayout& layout, int folder) {
-  FolderReader(layout).Read(folder, "");
+void ReadDirectory(TreeBuilder& tree, int directory) {
+  DirectoryReader(tree).Read(directory, "");
 }
 
 }  // namespace lab

@@ -3,18 +3,21 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <system_error>
+
+#include "lab/images/descriptor.h"
 
 namespace lab {
 namespace {
 
-void LayOpenImage(DeviceLayout& layout, int image) {
+void ReadOpenImage(TreeBuilder& tree, int image) {
   struct stat status {};
   Checked(::fstat(image, &status), "examine", "it");
   if (S_ISDIR(status.st_mode)) {
-    LayFolder(layout, image);
+    ReadDirectory(tree, image);
   } else if (S_ISREG(status.st_mode)) {
-    LayArchive(layout, image);
+    ReadTar(tree, image);
   } else {
     throw UnusableImage("is neither a folder nor a tar archive");
   }
@@ -22,25 +25,23 @@ void LayOpenImage(DeviceLayout& layout, int image) {
 
 }  // namespace
 
-void LayImage(DeviceLayout& layout, const std::filesystem::path& image) {
+void ReadImage(TreeBuilder& tree, const std::filesystem::path& image) {
   const std::string& name = image.native();
   const Descriptor opened(::open(image.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (!opened.IsOpen()) {
     throw UnusableImage(name + " cannot be opened: " + std::generic_category().message(errno));
   }
   try {
-    LayOpenImage(layout, opened.Get());
+    ReadOpenImage(tree, opened.Get());
   } catch (const UnusableImage& error) {
     throw UnusableImage(name + " " + error.what());
   }
 }
 
-PrivateRoot DeviceOf(const std::filesystem::path& image, const ImageLimits& limits) {
-  PrivateRoot device{PrivateRoot::Bare()};
-  DeviceLayout layout(device, limits);
-  LayImage(layout, image);
-  device.ProvideUsualDirectories();
-  return device;
+Tree ReadImage(const std::filesystem::path& image, const ImageLimits& limits) {
+  TreeBuilder tree(limits);
+  ReadImage(tree, image);
+  return tree.Take();
 }
 
 }  // namespace lab

@@ -2,29 +2,28 @@
 
 #include <filesystem>
 
-#include "lab/images/device_layout.h"
-#include "lab/images/private_root.h"
+#include "lab/images/tree.h"
+#include "lab/images/tree_builder.h"
 
 namespace lab {
 
-/// Lays out what an image holds: a folder that mirrors a device's files, or a tar archive of one (plain,
-/// gzip, xz or zstd). It is only read, entry by entry; nothing is unpacked elsewhere. Sockets are left out.
+/// Reads an image: a directory that mirrors a device's files, or a tar archive of one (plain, gzip, xz or
+/// zstd). It is only read; nothing is unpacked anywhere. Sockets are left out.
 ///
 /// Throws UnusableImage, with the image's name before the reason, for what is neither, cannot be read, is
-/// torn, or holds what no backup of a device does: devices, FIFOs, names and links that lead out of it, two
-/// entries of one name, more than the layout has room for. Throws as DeviceLayout does.
-void LayImage(DeviceLayout& layout, const std::filesystem::path& image);
+/// truncated, or holds what no backup of a device does: devices, FIFOs, names and links that lead out of it,
+/// two entries of one name, more than the limits allow.
+Tree ReadImage(const std::filesystem::path& image, const ImageLimits& limits = {});
 
-/// A device of its own with what an image holds, and with the folders that every device has. Throws as
-/// LayImage.
-PrivateRoot DeviceOf(const std::filesystem::path& image, const ImageLimits& limits = {});
+/// The same, into a tree that may have entries already.
+void ReadImage(TreeBuilder& tree, const std::filesystem::path& image);
 
-// The two kinds, for LayImage. They throw UnusableImage without the image's name.
+// The two kinds, for ReadImage. They throw UnusableImage without the image's name.
 
-/// `folder` is open, with O_RDONLY.
-void LayFolder(DeviceLayout& layout, int folder);
+/// `directory` is open, with O_RDONLY.
+void ReadDirectory(TreeBuilder& tree, int directory);
 
 /// `file` is open, at its start.
-void LayArchive(DeviceLayout& layout, int file);
+void ReadTar(TreeBuilder& tree, int file);
 
 }  // namespace lab

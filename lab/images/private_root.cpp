@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "lab/images/file_copy.h"
+#include "lab/images/image.h"
 
 namespace lab {
 namespace {
@@ -21,11 +22,6 @@ std::filesystem::path MakeTemporaryFolder() {
   std::string path = std::filesystem::absolute(parent / "devicelab.XXXXXX").native();
   if (::mkdtemp(path.data()) == nullptr) ThrowErrno("make a temporary folder in", parent.native());
   return path;
-}
-
-Descriptor OpenImage(const std::filesystem::path& image) {
-  return Descriptor(Checked(::open(image.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC),
-                            "open the device image", image.native()));
 }
 
 /// An entry by the open folder that it is in and its name there, so that a link that is the entry is not
@@ -97,10 +93,12 @@ PrivateRoot::PrivateRoot() : PrivateRoot(Bare{}) {
   ProvideUsualDirectories();
 }
 
-PrivateRoot::PrivateRoot(const std::filesystem::path& image) : PrivateRoot(Bare{}) {
-  CopyEntries(OpenImage(image).Get(), directory_.Get(), image.native());
+PrivateRoot::PrivateRoot(const Tree& device) : PrivateRoot(Bare{}) {
+  WriteTree(device, directory_.Get());
   ProvideUsualDirectories();
 }
+
+PrivateRoot::PrivateRoot(const std::filesystem::path& image) : PrivateRoot(ReadImage(image)) {}
 
 PrivateRoot::PrivateRoot(Descriptor folder) : directory_(std::move(folder)) {}
 

@@ -23,8 +23,9 @@ class PrivateRoot {
  public:
   /// A device with the folders /dev, /etc, /tmp and /var/lock, and nothing in them.
   PrivateRoot();
-  /// A copy of the device image, modes and links included, with the folders above where the image lacks them.
-  /// The image is only read.
+  /// The device, with the folders above where it lacks them.
+  explicit PrivateRoot(const Tree& device);
+  /// The same for a device image, which is only read.
   explicit PrivateRoot(const std::filesystem::path& image);
   /// What the open folder holds as a device. The folder is the caller's, who also removes it; such a root has
   /// no path.

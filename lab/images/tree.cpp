@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iomanip>
 #include <map>
 #include <ostream>
@@ -24,6 +26,29 @@ void ReadBelow(int directory, const std::string& path, Tree& tree) {
       ReadBelow(OpenAt(directory, name, O_RDONLY | O_DIRECTORY, entry_path).Get(), entry_path, tree);
     }
   }
+}
+
+/// Returns the result of a call that makes the entry `path`, unless it failed.
+int RequireNew(int result, const char* action, const std::string& path) {
+  if (result < 0 && errno == EEXIST) throw MountPointConflict(path);
+  return Checked(result, action, path);
+}
+
+void WriteFile(int directory, const char* name, const Entry& entry, const std::string& path) {
+  constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  const Descriptor file(RequireNew(::openat(directory, name, kNewFile, 0600), "write", path));
+  WriteAll(file.Get(), entry.content, path);
+  Checked(::fchmod(file.Get(), entry.mode), "set the mode of", path);
+}
+
+void MakeDirectory(int directory, const char* name, const std::string& path) {
+  if (::mkdirat(directory, name, S_IRWXU) == 0) return;
+  struct stat status {};
+  if (errno == EEXIST && ::fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+      !S_ISDIR(status.st_mode)) {
+    throw MountPointConflict(path);
+  }
+  if (!S_ISDIR(status.st_mode)) ThrowErrno("make", path);
 }
 
 std::string_view FileName(std::string_view path) {
@@ -80,6 +105,31 @@ Entry ReadEntry(int directory, const std::string& name, const std::string& path)
       return {Entry::Kind::Link, mode, LinkTarget(directory, name, path)};
     default:
       return {Entry::Kind::Other, mode, ""};
+  }
+}
+
+void WriteTree(const Tree& tree, int directory) {
+  for (const auto& [path, entry] : tree) {
+    const char* const name = path.c_str() + 1;
+    switch (entry.kind) {
+      case Entry::Kind::File:
+        WriteFile(directory, name, entry, path);
+        break;
+      case Entry::Kind::Directory:
+        MakeDirectory(directory, name, path);
+        break;
+      case Entry::Kind::Link:
+        RequireNew(::symlinkat(entry.content.c_str(), directory, name), "make", path);
+        break;
+      case Entry::Kind::Other:
+        break;
+    }
+  }
+  // Last, and from the inside out: a directory may not let its owner in.
+  for (auto entry = tree.rbegin(); entry != tree.rend(); ++entry) {
+    if (entry->second.kind != Entry::Kind::Directory) continue;
+    Checked(::fchmodat(directory, entry->first.c_str() + 1, entry->second.mode, 0), "set the mode of",
+            entry->first);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <iosfwd>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -41,6 +42,18 @@ Tree ReadTree(int directory);
 /// The entry `name` of the folder open as `directory`, without what is below it. `path` is for the message of
 /// the exception.
 Entry ReadEntry(int directory, const std::string& name, const std::string& path);
+
+/// The root has an entry of the lab's own, a mount point for example, where a device has another one.
+class MountPointConflict : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Makes the entries of `tree`, with the directories above each among them, below the folder open as
+/// `directory`. A directory that exists gets the tree's mode. Nothing outside of the folder is touched, and
+/// no link is followed. Entries of the kind Other are left out. Throws MountPointConflict with the path of an
+/// entry that exists, and std::system_error.
+void WriteTree(const Tree& tree, int directory);
 
 /// What happened between two states of a device. Each path is in one of the lists, each list in path order.
 struct TreeDiff {

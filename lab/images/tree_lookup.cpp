@@ -5,11 +5,11 @@
 namespace lab {
 namespace {
 
-constexpr int kMostLinks = 40;  // as the kernel has it
+constexpr int kMaxLinks = 40;  // as the kernel has it
 
 }  // namespace
 
-const Entry* FindFile(const Tree& tree, const std::string& path) {
+std::optional<std::string> ResolvePath(const Tree& tree, const std::string& path) {
   namespace fs = std::filesystem;
   fs::path rest = fs::path(path).lexically_normal();
   int links = 0;
@@ -22,7 +22,7 @@ const Entry* FindFile(const Tree& tree, const std::string& path) {
       const auto entry = tree.find(walked.native());
       // A snapshot may lack a folder that the lab itself made.
       if (entry == tree.end() || entry->second.kind != Entry::Kind::Link) continue;
-      if (++links > kMostLinks) return nullptr;
+      if (++links > kMaxLinks) return std::nullopt;
       fs::path target = walked.parent_path() / entry->second.content;
       while (++part != rest.end()) target /= *part;
       rest = target.lexically_normal();
@@ -30,7 +30,12 @@ const Entry* FindFile(const Tree& tree, const std::string& path) {
       break;
     }
   }
-  const auto entry = tree.find(rest.native());
+  return rest.native();
+}
+
+const Entry* FindFile(const Tree& tree, const std::string& path) {
+  const auto resolved = ResolvePath(tree, path);
+  const auto entry = resolved ? tree.find(*resolved) : tree.end();
   return entry != tree.end() && entry->second.kind == Entry::Kind::File ? &entry->second : nullptr;
 }
 

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "lab/images/descriptor.h"
+#include "lab/images/image.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/collected_documents.h"
 #include "lab/runs/program_run.h"
@@ -36,24 +37,6 @@ std::string BytesOf(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) throw std::runtime_error("cannot read " + path.string());
   return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void LayOut(const Tree& files, PrivateRoot& root) {
-  for (const auto& [path, entry] : files) {
-    switch (entry.kind) {
-      case Entry::Kind::File:
-        root.Write(path, entry.content, entry.mode);
-        break;
-      case Entry::Kind::Directory:
-        root.MakeDirectory(path, entry.mode);
-        break;
-      case Entry::Kind::Link:
-        root.Link(path, entry.content);
-        break;
-      case Entry::Kind::Other:
-        throw std::runtime_error("a sweep cannot lay out " + path);
-    }
-  }
 }
 
 /// The program reads a file anew that has changed within the present tick of the file system's clock: without
@@ -90,12 +73,11 @@ Programs Programs::BesideThisOne(const std::filesystem::path& migration) {
 }
 
 Device ReadDevice(const std::filesystem::path& image, int build_number) {
-  return {PrivateRoot(image).Snapshot(), build_number};
+  return {ReadImage(image), build_number};
 }
 
 MigrationRun Migrate(const Device& device, const std::filesystem::path& program, const Manner& manner) {
-  PrivateRoot root;
-  LayOut(device.files, root);
+  PrivateRoot root(device.files);
   for (const auto& [path, helper] : manner.helpers) root.Write(path, BytesOf(helper), kExecutable);
 
   const Descriptor lock = manner.obstruction.held_lock ? HoldLock(root) : Descriptor();

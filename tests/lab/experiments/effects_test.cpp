@@ -25,8 +25,8 @@ class Effects : public ::testing::Test {
   static void SetUpTestSuite() {
     Household household;
     household.Set(Household::k24, "colour", "blue");
-    const auto inputs = lab::InputsOf(lab::ReadTree(household.Files().Path()));
-    effects_ = lab::FindEffects(household.Files().Path(), inputs, KELP_PROGRAM, "8000", 2);
+    const auto inputs = lab::InputsOf(household.Files().Snapshot());
+    effects_ = lab::FindEffects(household.Files().Snapshot(), inputs, KELP_PROGRAM, "8000", 2);
   }
   static void TearDownTestSuite() { effects_.clear(); }
 

@@ -13,6 +13,7 @@
 
 #include "lab/experiments/effects.h"
 #include "lab/experiments/inputs.h"
+#include "lab/images/image.h"
 #include "lab/images/tree.h"
 #include "tests/lab/experiments/migration_map.h"
 
@@ -91,7 +92,7 @@ Observations Observe(const std::vector<std::string>& devices, const std::string&
   for (const std::string& device : devices) {
     const std::string image = std::string(KELP_SOURCE "/devices/") + device;
     const std::vector<lab::Input> inputs = OtherInputsOf(lab::ReadTree(image));
-    for (const lab::Effect& effect : lab::FindEffects(image, inputs, KELP_PROGRAM, from, 2)) {
+    for (const lab::Effect& effect : lab::FindEffects(lab::ReadImage(image), inputs, KELP_PROGRAM, from, 2)) {
       Add(effect, observations[{FileName(effect.file), KeyOf(effect.entry)}]);
     }
   }

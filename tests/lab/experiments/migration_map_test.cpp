@@ -8,6 +8,7 @@
 
 #include "lab/experiments/effects.h"
 #include "lab/experiments/inputs.h"
+#include "lab/images/image.h"
 #include "lab/images/tree.h"
 #include "tests/lab/experiments/migration_map.h"
 
@@ -37,7 +38,8 @@ std::map<std::string, Names> Observed() {
     std::vector<lab::Input> inputs = lab::InputsOf(lab::ReadTree(image));
     std::erase_if(inputs,
                   [](const lab::Input& input) { return input.file.find("/wifi_ap_") == std::string::npos; });
-    for (const lab::Effect& effect : lab::FindEffects(image, inputs, KELP_PROGRAM, "8000", 2)) {
+    for (const lab::Effect& effect :
+         lab::FindEffects(lab::ReadImage(image), inputs, KELP_PROGRAM, "8000", 2)) {
       for (const std::string& member : effect.members) {
         observed[KeyInTheMap(effect.entry)].insert(NameOf(member));
       }

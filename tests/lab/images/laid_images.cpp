@@ -35,11 +35,11 @@ LaidImages::~LaidImages() {
 lab::Tree LaidImages::Laid(const fs::path& image) const {
   fs::remove_all(folder_ / "root");
   fs::create_directory(folder_ / "root");
-  const int root = ::open((folder_ / "root").c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-  lab::PrivateRoot device{lab::Descriptor(root)};
-  lab::DeviceLayout layout(device, limits_);
-  lab::LayImage(layout, image);
-  return lab::ReadTree(folder_ / "root");
+  const lab::Descriptor root(::open((folder_ / "root").c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  lab::Tree device = lab::ReadImage(image, limits_);
+  lab::WriteTree(device, root.Get());
+  EXPECT_EQ(lab::ReadTree(folder_ / "root"), device);
+  return device;
 }
 
 std::string LaidImages::Refusal(const fs::path& image) const {

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <string>
 
-#include "lab/images/device_layout.h"
 #include "lab/images/tree.h"
+#include "lab/images/tree_builder.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lab_test {
@@ -15,13 +15,14 @@ namespace lab_test {
 lab::Entry File(std::string content, mode_t mode = 0644);
 lab::Entry Folder(mode_t mode = 0755);
 
-/// Lays images out in an empty folder, beside another that nothing may come to.
+/// Reads images and writes them out in an empty folder, next to another that nothing may reach.
 class LaidImages : public ::testing::Test {
  protected:
   LaidImages();
   ~LaidImages() override;
 
-  /// What stands in the root when the image is laid out in it.
+  /// What an empty folder holds after the image was read and written there. That it is the same tree is
+  /// checked.
   lab::Tree Laid(const std::filesystem::path& image) const;
 
   /// Why the image is refused, without its name; "usable" where it is not.
