@@ -143,7 +143,6 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
     run = bench_->Run({"--update-config", source.from}, options_.limit);
   } catch (const UnusableImage& error) {
     record.error = error.what();
-    ClearWorkbench();
     return record;
   } catch (const std::system_error& error) {
     bench_.reset();

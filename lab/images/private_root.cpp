@@ -94,6 +94,10 @@ PrivateRoot::PrivateRoot() : PrivateRoot(Bare{}) {
 }
 
 PrivateRoot::PrivateRoot(const Tree& device) : PrivateRoot(Bare{}) {
+  // A snapshot lacks the directories that the lab itself made.
+  for (const auto& [path, entry] : device) {
+    if (!device.contains(path.substr(0, path.rfind('/')))) ProvideParents(path);
+  }
   WriteTree(device, directory_.Get());
   ProvideUsualDirectories();
 }
