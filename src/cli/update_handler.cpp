@@ -4,8 +4,8 @@
 #include <exception>
 #include <string>
 
+#include "base/file_cache.h"
 #include "base/log.h"
-#include "base/run.h"
 #include "cli/failure_report.h"
 #include "legacy/device_facts.h"
 #include "legacy/update_context.h"
@@ -30,7 +30,7 @@ UpdateContext GatherContext(const std::string& build_number) {
 
 int UpdateConfig(const std::string& build_number) {
   try {
-    const RunUnderWay run;
+    const FileCacheScope run;
     DispatchUpdate(GatherContext(build_number));
     return 0;
   } catch (const std::exception& error) {

@@ -10,7 +10,7 @@
 #include <system_error>
 
 #include "base/durable_file.h"
-#include "base/run.h"
+#include "base/file_cache.h"
 #include "legacy/format_text.h"
 #include "migration/document_paths.h"
 
@@ -34,7 +34,7 @@ void MakeArchive() {
 }  // namespace
 
 void ArchiveLegacyFiles(const std::set<std::string>& files) {
-  TrustNoFileReadSoFar();
+  InvalidateFileCache();
   MakeArchive();
   // The one flush for all that was saved and made there: from the first move on a power cut must find every
   // document, and the archive with the files that it holds.

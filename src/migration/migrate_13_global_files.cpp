@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/durable_file.h"
-#include "base/run.h"
+#include "base/file_cache.h"
 #include "legacy/device_facts.h"
 #include "legacy/enumeration_text.h"
 #include "legacy/legacy_value.h"
@@ -80,7 +80,7 @@ void Migrate13GlobalFiles(const UpdateContext& /*context*/) {
   Util::JsonUtil::SaveJsonToFile(kGlobalDocument, Util::JsonSerializer::Serialize<Daemon::GlobalData>(data));
 
   FlushDirectory(kDocumentFolder);  // before what the document was made from goes
-  TrustNoFileReadSoFar();
+  InvalidateFileCache();
   std::filesystem::remove(kModelFile);
   std::filesystem::remove(kCountryFile);
 }

@@ -13,7 +13,7 @@
 #include <system_error>
 #include <thread>
 
-#include "base/run.h"
+#include "base/file_cache.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/support/without_file_privileges.h"
@@ -154,7 +154,7 @@ TEST(FileGetKeyValue, AnswersOneRunForTheFilesAsItFoundThem) {
   const lab::InRoot inside(device);
   for (const char* value : {"value", "second"}) {
     device.Write(kFile, std::string("key=") + value + "\n");
-    const RunUnderWay run;
+    const FileCacheScope run;
     ASSERT_EQ(FileGetKeyValue(kFile, "key"), value);
     ASSERT_THROW(FileGetKeyValue("/etc/missing", "key"), std::system_error);
     device.Write(kFile, "key=other\nnew=1\n");

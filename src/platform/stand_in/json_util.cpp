@@ -7,8 +7,8 @@
 #include <stdexcept>
 
 #include "base/durable_file.h"
+#include "base/file_cache.h"
 #include "base/file_content.h"
-#include "base/run.h"
 #include "platform/stand_in/json/json_text.h"
 #include "platform/stand_in/json/plain_json.h"
 
@@ -56,7 +56,7 @@ Json::Value LoadJsonFromFile(const std::string& path) {
 }
 
 void SaveJsonToFile(const std::string& path, const Json::Value& document) {
-  TrustNoFileReadSoFar();
+  InvalidateFileCache();
   ReplaceFile(path, ToIndentedText(document) + '\n');
 }
 

@@ -9,8 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "base/file_cache.h"
 #include "base/file_content.h"
-#include "base/run.h"
 
 namespace KELP::Wifi {
 
@@ -43,14 +43,14 @@ class RememberedFiles {
           parsed(std::in_place, std::move(content.bytes)) {}
     explicit Remembered(const std::system_error& error) : missing(error) {}
 
-    std::uint64_t stretch = CurrentStretch();  // in which it was last known to be so
+    std::uint64_t stretch = FileCacheEpoch();  // in which it was last known to be so
     std::optional<FileStamp> stamp;            // none: the bytes cannot be told from later ones
     std::optional<Parsed> parsed;
     std::optional<std::system_error> missing;  // instead of the others
   };
 
   static bool IsStillTrue(const std::string& path, Remembered& remembered) {
-    const std::uint64_t stretch = CurrentStretch();
+    const std::uint64_t stretch = FileCacheEpoch();
     if (stretch != 0 && remembered.stretch == stretch) return true;
     if (!remembered.stamp || remembered.stamp != CurrentStamp(path)) return false;
     remembered.stretch = stretch;

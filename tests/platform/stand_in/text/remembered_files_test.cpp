@@ -14,7 +14,7 @@
 #include <system_error>
 #include <thread>
 
-#include "base/run.h"
+#include "base/file_cache.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 
@@ -277,7 +277,7 @@ TEST_F(RememberedFilesTest, MissingFileIsNotRememberedAsMissing) {
 TEST_F(RememberedFilesTest, FileThatChangesInARunIsTrusted) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
-  const RunUnderWay run;
+  const FileCacheScope run;
   ASSERT_EQ(Get(), "one");
   Write(kFile, "three");
   EXPECT_EQ(Get(), "one");
@@ -292,7 +292,7 @@ TEST_F(RememberedFilesTest, FileThatWasReadBeforeTheRunIsLookedAtOnceMore) {
   Settle();
   ASSERT_EQ(Get(), "one");
   Write(kFile, "three");
-  const RunUnderWay run;
+  const FileCacheScope run;
   EXPECT_EQ(Get(), "three");
   Write(kFile, "eleven");
   EXPECT_EQ(Get(), "three");
@@ -303,7 +303,7 @@ TEST_F(RememberedFilesTest, UnchangedFileThatWasReadBeforeTheRunIsTrustedOnceItW
   const lab::InRoot inside(device_);
   Settle();
   ASSERT_EQ(Get(), "one");
-  const RunUnderWay run;
+  const FileCacheScope run;
   EXPECT_EQ(Get(), "one");
   Write(kFile, "three");
   EXPECT_EQ(Get(), "one");
@@ -314,12 +314,12 @@ TEST_F(RememberedFilesTest, FileIsReadAnewInTheNextRunAndBehindTheLast) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   {
-    const RunUnderWay run;
+    const FileCacheScope run;
     ASSERT_EQ(Get(), "one");
     Write(kFile, "three");
   }
   {
-    const RunUnderWay run;
+    const FileCacheScope run;
     EXPECT_EQ(Get(), "three");
     Write(kFile, "eleven");
     EXPECT_EQ(Get(), "three");
@@ -330,13 +330,13 @@ TEST_F(RememberedFilesTest, FileIsReadAnewInTheNextRunAndBehindTheLast) {
 TEST_F(RememberedFilesTest, MissingFileIsMissingForTheRunAndReportedAlike) {
   const lab::InRoot inside(device_);
   {
-    const RunUnderWay run;
+    const FileCacheScope run;
     EXPECT_EQ(Report(), "cannot read /file: No such file or directory");
     Write("/file", "one");
     EXPECT_EQ(Report(), "cannot read /file: No such file or directory");
   }
   {
-    const RunUnderWay run;
+    const FileCacheScope run;
     EXPECT_EQ(Report(), "read one");
   }
 }
@@ -346,17 +346,17 @@ TEST_F(RememberedFilesTest, FileThatCannotBeReadIsTriedAgainInTheRun) {
   device_.Link("/etc/loop", "/etc/loop");
   device_.MakeDirectory("/etc/folder");
   const lab::InRoot inside(device_);
-  const RunUnderWay run;
+  const FileCacheScope run;
   for (const char* path : {"/etc/fifo", "/etc/loop", "/etc/folder"}) ExpectTriedAgain(path);
 }
 
 TEST_F(RememberedFilesTest, WhatTheProgramChangesIsNotTrusted) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
-  const RunUnderWay run;
+  const FileCacheScope run;
   ASSERT_EQ(Get(), "one");
   EXPECT_THROW(Get("/file"), std::system_error);
-  TrustNoFileReadSoFar();
+  InvalidateFileCache();
   ASSERT_EQ(::rename(kFile, "/file"), 0);
   EXPECT_EQ(Get("/file"), "one");
   EXPECT_THROW(Get(), std::system_error);

@@ -1,4 +1,4 @@
-#include "base/run.h"
+#include "base/file_cache.h"
 
 namespace KELP::Wifi {
 namespace {
@@ -8,20 +8,20 @@ std::uint64_t stretch = 0;
 
 }  // namespace
 
-RunUnderWay::RunUnderWay() noexcept {
+FileCacheScope::FileCacheScope() noexcept {
   under_way = true;
   ++stretch;
 }
 
-RunUnderWay::~RunUnderWay() {
+FileCacheScope::~FileCacheScope() {
   under_way = false;
 }
 
-void TrustNoFileReadSoFar() noexcept {
+void InvalidateFileCache() noexcept {
   ++stretch;
 }
 
-std::uint64_t CurrentStretch() noexcept {
+std::uint64_t FileCacheEpoch() noexcept {
   return under_way ? stretch : 0;
 }
 
