@@ -1,7 +1,7 @@
 // A document onto the storage: all or nothing, flushed. In memory, so that the disk does not count.
 #include <benchmark/benchmark.h>
 
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 #include "bench/micro/samples.h"
 #include "bench/micro/scratch_file.h"
 #include "platform/json_serializer.h"
@@ -12,7 +12,7 @@ namespace {
 void ReplaceBytes(benchmark::State& state) {
   const bench::ScratchFile file("");
   const std::string bytes(static_cast<std::size_t>(state.range(0)), 'x');
-  for (auto iteration : state) KELP::Wifi::ReplaceFile(file.Path(), bytes);
+  for (auto iteration : state) KELP::Wifi::WriteFileAtomically(file.Path(), bytes);
 }
 BENCHMARK(ReplaceBytes)->Arg(0)->Arg(4096)->Arg(65536);
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 
 namespace lab::page {
 
@@ -38,7 +38,7 @@ void RequirePageFile(const fs::path& file) {
 void WritePageFile(const fs::path& file, std::string_view html) {
   RequirePageFile(file);
   try {
-    KELP::Wifi::ReplaceFile(Target(file).native(), html);
+    KELP::Wifi::WriteFileAtomically(Target(file).native(), html);
   } catch (const std::system_error& error) {
     Refuse(file, error.code().message());
   }

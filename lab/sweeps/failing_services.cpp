@@ -16,7 +16,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 #include "lab/sweeps/service_symbols.h"
 #include "legacy/interface_mac.h"
 #include "platform/boot_environment.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <system_error>
 
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 #include "base/file_cache.h"
 #include "legacy/format_text.h"
 #include "migration/document_paths.h"

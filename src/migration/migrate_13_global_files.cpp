@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 #include "base/file_cache.h"
 #include "legacy/device_facts.h"
 #include "legacy/enumeration_text.h"

@@ -6,7 +6,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 #include "base/file_cache.h"
 #include "base/file_content.h"
 #include "platform/stand_in/json/json_text.h"
@@ -57,7 +57,7 @@ Json::Value LoadJsonFromFile(const std::string& path) {
 
 void SaveJsonToFile(const std::string& path, const Json::Value& document) {
   InvalidateFileCache();
-  ReplaceFile(path, ToIndentedText(document) + '\n');
+  WriteFileAtomically(path, ToIndentedText(document) + '\n');
 }
 
 std::string GetString(const Json::Value& value, const std::string& name) {

@@ -6,7 +6,7 @@
 #include <system_error>
 #include <vector>
 
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/support/failing_calls.h"
@@ -27,7 +27,7 @@ class DurableFileFailures : public ::testing::Test {
   /// What a replacement that has to fail says; empty when it does not.
   static std::string ErrorOfReplacing() {
     try {
-      ReplaceFile(kTarget, "new bytes");
+      WriteFileAtomically(kTarget, "new bytes");
     } catch (const std::system_error& error) {
       return error.what();
     }
@@ -43,7 +43,7 @@ const std::vector<std::string> kCallsOfAReplacement{"open",  "unlink", "fchmod",
 TEST_F(DurableFileFailures, StepsStandInTheOrderThatAPowerCutSurvives) {
   const lab::InRoot inside(device_);
   const FailingCalls calls;
-  ReplaceFile(kTarget, "new bytes");
+  WriteFileAtomically(kTarget, "new bytes");
   EXPECT_THAT(calls.Made(kCallsOfAReplacement),
               ElementsAre("open", "fchmod", "write", "fsync", "close", "rename"));
 }
@@ -52,7 +52,7 @@ TEST_F(DurableFileFailures, LeftoverIsUnlinkedBeforeTheFileIsMade) {
   device_.Write(kTemporary, "leftover");
   const lab::InRoot inside(device_);
   const FailingCalls calls;
-  ReplaceFile(kTarget, "new bytes");
+  WriteFileAtomically(kTarget, "new bytes");
   EXPECT_THAT(calls.Made(kCallsOfAReplacement),
               ElementsAre("open", "unlink", "open", "fchmod", "write", "fsync", "close", "rename"));
 }
@@ -138,7 +138,7 @@ TEST_F(DurableFileFailures, WritesThatTakeAFewBytesAtATimeAreContinued) {
     const lab::InRoot inside(device_);
     FailingCalls calls;
     calls.WriteAtMost(2);
-    ReplaceFile(kTarget, "new bytes");
+    WriteFileAtomically(kTarget, "new bytes");
     EXPECT_EQ(calls.Made({"write"}).size(), 5U);
   }
   EXPECT_EQ(device_.Read(kTarget), "new bytes");

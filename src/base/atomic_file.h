@@ -15,7 +15,7 @@ namespace KELP::Wifi {
 ///
 /// Throws std::system_error with the path and the cause. The target is then as it was and nothing is left
 /// beside it.
-void ReplaceFile(const std::string& path, std::string_view bytes);
+void WriteFileAtomically(const std::string& path, std::string_view bytes);
 
 /// Makes what was created, replaced, renamed or removed in the directory at `path` durable. Where the file
 /// system has no flush of directories (EINVAL, EOPNOTSUPP) that counts as done: what it can do, it has done.

@@ -1,4 +1,4 @@
-#include "base/durable_file.h"
+#include "base/atomic_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -49,7 +49,7 @@ FileDescriptor CreateExclusively(const std::string& path) {
 
 }  // namespace
 
-void ReplaceFile(const std::string& path, std::string_view bytes) {
+void WriteFileAtomically(const std::string& path, std::string_view bytes) {
   std::string name = path + ".new";
   FileDescriptor file = CreateExclusively(name);
   if (!file.IsOpen() && errno == EEXIST) {
