@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "base/enumeration_names.h"
+#include "base/enum_names.h"
 #include "fuzz/support/captured_log.h"
 #include "fuzz/support/check.h"
 #include "fuzz/support/input.h"
@@ -101,7 +101,7 @@ void CheckName(const std::string& text, Convert convert) {
   } catch (const KELP::Wifi::RuntimeError& error) {
     FUZZ_CHECK(std::string(error.what()).starts_with("Failed to convert string to enum class ["));
   }
-  if (value) FUZZ_CHECK(KELP::Wifi::NameOf(*value) == text);
+  if (value) FUZZ_CHECK(KELP::Wifi::EnumName(*value) == text);
   // No country or model is spelt in other letters or with anything around it.
   if (value)
     FUZZ_CHECK(text.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ") ==

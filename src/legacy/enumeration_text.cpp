@@ -3,7 +3,7 @@
 #include <string>
 #include <typeinfo>
 
-#include "base/enumeration_names.h"
+#include "base/enum_names.h"
 #include "platform/exceptions.h"
 #include "platform/records/country_code.h"
 #include "platform/records/supported_model.h"
@@ -11,12 +11,12 @@
 namespace KELP::Wifi::Updater {
 namespace {
 
-static_assert(NameOf(CountryCode::AD) == "AD" && NameOf(CountryCode::MaxCountryCode) == "MaxCountryCode",
+static_assert(EnumName(CountryCode::AD) == "AD" && EnumName(CountryCode::MaxCountryCode) == "MaxCountryCode",
               "a country's value lies beyond those whose names are known");
 
 template <typename Enumeration>
 Enumeration ToEnumerator(const std::string& text) {
-  const auto value = EnumeratorNamed<Enumeration>(text);
+  const auto value = EnumFromName<Enumeration>(text);
   if (!value) {
     throw RuntimeError("Failed to convert string to enum class [%s]: %s", typeid(Enumeration).name(),
                        text.c_str());

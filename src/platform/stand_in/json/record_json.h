@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/enumeration_names.h"
+#include "base/enum_names.h"
 #include "platform/mac_address.h"
 #include "platform/records/global_data.h"
 #include "platform/records/network_setting.h"
@@ -87,7 +87,7 @@ void ReadMembers(const Json::Value& object, T& record) {
 
 template <typename T>
 T NamedEnumerator(const std::string& name) {
-  const auto value = EnumeratorNamed<T>(name);
+  const auto value = EnumFromName<T>(name);
   if (!value) throw std::runtime_error("unknown name " + name);
   return *value;
 }
@@ -100,7 +100,7 @@ Json::Value ToJson(const T& value) {
                 std::is_same_v<T, std::string>) {
     return value;
   } else if constexpr (std::is_enum_v<T> && kWrittenByName<T>) {
-    return std::string(NameOf(value));
+    return std::string(EnumName(value));
   } else if constexpr (std::is_enum_v<T>) {
     return static_cast<std::int32_t>(value);
   } else if constexpr (std::is_same_v<T, Util::MACAddress>) {

@@ -1,4 +1,4 @@
-#include "base/enumeration_names.h"
+#include "base/enum_names.h"
 
 #include <gtest/gtest.h>
 
@@ -21,22 +21,22 @@ TEST(EnumerationNames, GoBothWaysFromMinus128To255) {
                                                      {"Slack", Tide::Slack},   {"Flood", Tide::Flood},
                                                      {"Spring", Tide::Spring}, {"Highest", Tide::Highest}};
   for (const auto& [name, tide] : tides) {
-    EXPECT_EQ(NameOf(tide), name);
-    EXPECT_EQ(EnumeratorNamed<Tide>(name), tide);
+    EXPECT_EQ(EnumName(tide), name);
+    EXPECT_EQ(EnumFromName<Tide>(name), tide);
   }
 }
 
 TEST(EnumerationNames, ValueWithoutAnEnumeratorHasNone) {
   for (const int value : {-1000, -129, -2, 1, 254, 256, 1000}) {
-    EXPECT_EQ(NameOf(static_cast<Tide>(value)), "") << value;
+    EXPECT_EQ(EnumName(static_cast<Tide>(value)), "") << value;
   }
 }
 
 TEST(EnumerationNames, AreComparedWholeAndByCase) {
   for (const auto* name : {"ebb", "EBB", "Eb", "Ebbs", " Ebb", "Ebb ", "", "-1", "Tide::Ebb"}) {
-    EXPECT_EQ(EnumeratorNamed<Tide>(name), std::nullopt) << name;
+    EXPECT_EQ(EnumFromName<Tide>(name), std::nullopt) << name;
   }
-  EXPECT_EQ(EnumeratorNamed<Tide>(std::string_view("Ebb\0", 4)), std::nullopt);
+  EXPECT_EQ(EnumFromName<Tide>(std::string_view("Ebb\0", 4)), std::nullopt);
 }
 
 }  // namespace

@@ -10,13 +10,13 @@ namespace KELP::Wifi {
 
 /// The enumerator's name; empty for a value without one.
 template <typename Enumeration>
-constexpr std::string_view NameOf(Enumeration value) {
+constexpr std::string_view EnumName(Enumeration value) {
   return magic_enum::enum_name(value);
 }
 
 /// The enumerator with exactly this name: whole, case-sensitive.
 template <typename Enumeration>
-constexpr std::optional<Enumeration> EnumeratorNamed(std::string_view name) {
+constexpr std::optional<Enumeration> EnumFromName(std::string_view name) {
   return magic_enum::enum_cast<Enumeration>(name);
 }
 
