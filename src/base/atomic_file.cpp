@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <system_error>
 
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 
 namespace KELP::Wifi {
 namespace {
@@ -21,7 +21,7 @@ void ThrowUnless(bool succeeded, const char* action, const std::string& path) {
   throw std::system_error(error, std::generic_category(), std::string(action) + " " + path);
 }
 
-int Flush(const FileDescriptor& file) {
+int Flush(const UniqueFd& file) {
   return RetryInterrupted([&] { return ::fsync(file.Get()); });
 }
 
@@ -42,16 +42,16 @@ class TemporaryName {
   std::string name_;
 };
 
-FileDescriptor CreateExclusively(const std::string& path) {
+UniqueFd CreateExclusively(const std::string& path) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  return FileDescriptor(RetryInterrupted([&] { return ::open(path.c_str(), kFlags, kOwnerOnly); }));
+  return UniqueFd(RetryInterrupted([&] { return ::open(path.c_str(), kFlags, kOwnerOnly); }));
 }
 
 }  // namespace
 
 void WriteFileAtomically(const std::string& path, std::string_view bytes) {
   std::string name = path + ".new";
-  FileDescriptor file = CreateExclusively(name);
+  UniqueFd file = CreateExclusively(name);
   if (!file.IsOpen() && errno == EEXIST) {
     ThrowUnless(::unlink(name.c_str()) == 0, "cannot remove the leftover beside", path);
     file = CreateExclusively(name);
@@ -69,7 +69,7 @@ void WriteFileAtomically(const std::string& path, std::string_view bytes) {
 }
 
 void FlushDirectory(const std::string& path) {
-  const FileDescriptor directory(
+  const UniqueFd directory(
       RetryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
   ThrowUnless(directory.IsOpen(), "cannot open directory", path);
   const bool is_flushed = Flush(directory) == 0 || errno == EINVAL || errno == EOPNOTSUPP;

@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <system_error>
 
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 
 namespace KELP::Wifi {
 namespace {
@@ -49,7 +49,7 @@ bool FileStamp::IsSettled() const {
 }
 
 FileContent ReadRegularFile(const std::string& path, std::size_t size_limit) {
-  const FileDescriptor file(
+  const UniqueFd file(
       RetryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
   if (!file.IsOpen()) ThrowUnreadable(path, errno);
 

@@ -8,8 +8,8 @@
 
 #include <cerrno>
 
-#include "base/file_descriptor.h"
 #include "base/patience.h"
+#include "base/unique_fd.h"
 
 namespace KELP::Wifi {
 namespace {

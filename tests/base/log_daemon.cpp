@@ -10,7 +10,7 @@
 
 namespace testing_support {
 
-using KELP::Wifi::FileDescriptor;
+using KELP::Wifi::UniqueFd;
 
 LogDaemon::LogDaemon(int type) : socket_(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
   ::unlink("/dev/log");
@@ -37,7 +37,7 @@ std::vector<std::string> LogDaemon::Streams() const {
   std::vector<std::string> streams;
   std::string buffer(256UL * 1024, '\0');
   while (true) {
-    const FileDescriptor connection(::accept4(socket_.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    const UniqueFd connection(::accept4(socket_.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!connection.IsOpen()) return streams;
     std::string bytes;
     for (ssize_t size = 0; (size = ::recv(connection.Get(), buffer.data(), buffer.size(), 0)) > 0;) {

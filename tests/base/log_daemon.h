@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 
 namespace testing_support {
 
@@ -25,7 +25,7 @@ class LogDaemon {
   int Socket() const { return socket_.Get(); }
 
  private:
-  KELP::Wifi::FileDescriptor socket_;
+  KELP::Wifi::UniqueFd socket_;
 };
 
 }  // namespace testing_support

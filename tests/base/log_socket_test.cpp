@@ -122,7 +122,7 @@ TEST_F(LogSocket, DaemonOfStreamsThatReadsLateGetsEverything) {
     std::string got;
     std::thread reader([&] {
       std::this_thread::sleep_for(100ms);
-      const FileDescriptor connection(::accept4(daemon.Socket(), nullptr, nullptr, SOCK_CLOEXEC));
+      const UniqueFd connection(::accept4(daemon.Socket(), nullptr, nullptr, SOCK_CLOEXEC));
       std::string buffer(1 << 20, '\0');
       while (!got.ends_with("last\0"s)) {
         const ssize_t size = ::recv(connection.Get(), buffer.data(), buffer.size(), 0);
@@ -181,7 +181,7 @@ TEST_F(LogSocket, DaemonOfStreamsThatNeverReadsCostsThePatienceAndItsLines) {
 TEST_F(LogSocket, DaemonOfStreamsThatTakesNoConnectionCostsThePatienceAndItsLines) {
   testing_support::ExpectInChild([&] {
     const LogDaemon& daemon = Start(SOCK_STREAM);
-    std::vector<FileDescriptor> waiting;  // until there is no room for another
+    std::vector<UniqueFd> waiting;  // until there is no room for another
     const sockaddr address{AF_UNIX, "/dev/log"};
     do {
       waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 #include "tests/support/captured_streams.h"
 #include "tests/support/test_device.h"
 
@@ -73,8 +73,8 @@ TEST_F(CommandLineTest, WithoutArgumentsOnlyTheUsageIsPrinted) {
 TEST_F(CommandLineTest, UsageIsWrittenLineByLine) {
   std::array<int, 2> ends{};
   ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
-  const FileDescriptor receiving(ends[0]);
-  FileDescriptor sending(ends[1]);
+  const UniqueFd receiving(ends[0]);
+  UniqueFd sending(ends[1]);
   {
     const testing_support::CapturedStream out(STDOUT_FILENO);
     ::dup2(sending.Get(), STDOUT_FILENO);

@@ -12,13 +12,13 @@
 #include <memory>
 #include <new>
 
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 #include "platform/base64.h"
 
 namespace {
 
-using KELP::Wifi::FileDescriptor;
 using KELP::Wifi::RetryInterrupted;
+using KELP::Wifi::UniqueFd;
 
 constexpr const char* kKeyFile = "/usr/kelp/etc/secret.key";
 constexpr std::size_t kOverhead = crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
@@ -57,7 +57,7 @@ bool InitialiseLibrary() {
 }
 
 bool ReadKey(Key& key) {
-  const FileDescriptor file(
+  const UniqueFd file(
       RetryInterrupted([] { return ::open(kKeyFile, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
   struct stat status {};
   if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return false;

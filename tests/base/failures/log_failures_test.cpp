@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "base/file_descriptor.h"
 #include "base/log.h"
+#include "base/unique_fd.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/base/log_daemon.h"
@@ -57,7 +57,7 @@ TEST(LogFailures, DaemonThatTakesNoConnectionIsNotWaitedForWhereTheWaitCannotBeB
   lab::PrivateRoot device;
   const lab::InRoot inside(device);
   const testing_support::LogDaemon daemon(SOCK_STREAM);
-  std::vector<FileDescriptor> waiting;  // until there is no room for another
+  std::vector<UniqueFd> waiting;  // until there is no room for another
   const sockaddr address{AF_UNIX, "/dev/log"};
   do {
     waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

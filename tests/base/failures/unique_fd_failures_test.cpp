@@ -3,14 +3,14 @@
 
 #include <cerrno>
 
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 #include "tests/support/failing_calls.h"
 
 namespace KELP::Wifi {
 namespace {
 
 TEST(FileDescriptorFailures, WriteThatTakesNothingEndsAsOneWithoutSpace) {
-  const FileDescriptor file(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+  const UniqueFd file(::open("/dev/null", O_WRONLY | O_CLOEXEC));
   testing_support::FailingCalls calls;
   calls.WriteAtMost(0);
   errno = 0;

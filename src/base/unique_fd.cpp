@@ -1,10 +1,10 @@
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 
 #include <unistd.h>
 
 namespace KELP::Wifi {
 
-bool FileDescriptor::Close() noexcept {
+bool UniqueFd::Close() noexcept {
   if (!IsOpen()) return true;
   // Linux releases the descriptor even when close is interrupted: to call it again could close somebody
   // else's.

@@ -1,4 +1,4 @@
-#include "base/file_descriptor.h"
+#include "base/unique_fd.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -20,17 +20,17 @@ int OpenNull() {
   return ::open("/dev/null", O_WRONLY | O_CLOEXEC);
 }
 
-TEST(FileDescriptor, WithoutADescriptorIsNotOpen) {
-  FileDescriptor none;
+TEST(UniqueFd, WithoutADescriptorIsNotOpen) {
+  UniqueFd none;
   EXPECT_FALSE(none.IsOpen());
   EXPECT_EQ(none.Get(), -1);
   EXPECT_TRUE(none.Close());
 }
 
-TEST(FileDescriptor, ClosesWhenItGoesOutOfScope) {
+TEST(UniqueFd, ClosesWhenItGoesOutOfScope) {
   int number = -1;
   {
-    const FileDescriptor file(OpenNull());
+    const UniqueFd file(OpenNull());
     number = file.Get();
     ASSERT_TRUE(file.IsOpen());
     ASSERT_TRUE(IsOpenDescriptor(number));
@@ -38,33 +38,33 @@ TEST(FileDescriptor, ClosesWhenItGoesOutOfScope) {
   EXPECT_FALSE(IsOpenDescriptor(number));
 }
 
-TEST(FileDescriptor, IsClosedOnlyOnce) {
-  FileDescriptor file(OpenNull());
+TEST(UniqueFd, IsClosedOnlyOnce) {
+  UniqueFd file(OpenNull());
   const int number = file.Get();
   EXPECT_TRUE(file.Close());
   EXPECT_FALSE(file.IsOpen());
   // The next file gets the freed number; a second Close must leave it alone.
-  const FileDescriptor next(OpenNull());
+  const UniqueFd next(OpenNull());
   EXPECT_EQ(next.Get(), number);
   EXPECT_TRUE(file.Close());
   EXPECT_TRUE(IsOpenDescriptor(next.Get()));
 }
 
-TEST(FileDescriptor, MovesWithItsDescriptor) {
-  FileDescriptor file(OpenNull());
+TEST(UniqueFd, MovesWithItsDescriptor) {
+  UniqueFd file(OpenNull());
   const int number = file.Get();
-  FileDescriptor moved(std::move(file));
+  UniqueFd moved(std::move(file));
   EXPECT_EQ(moved.Get(), number);
 
-  FileDescriptor assigned;
+  UniqueFd assigned;
   assigned = std::move(moved);
   EXPECT_EQ(assigned.Get(), number);
   EXPECT_TRUE(IsOpenDescriptor(number));
 }
 
-TEST(FileDescriptor, ReportsAnErrorAtClosing) {
+TEST(UniqueFd, ReportsAnErrorAtClosing) {
   const int number = OpenNull();
-  FileDescriptor file(number);
+  UniqueFd file(number);
   ::close(number);
   EXPECT_FALSE(file.Close());
   EXPECT_EQ(errno, EBADF);
@@ -94,8 +94,8 @@ TEST(RetryInterrupted, CallsAgainAfterASignalOnly) {
 TEST(WriteAll, WritesMoreThanAPipeHolds) {
   std::array<int, 2> ends{};
   ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
-  FileDescriptor in(ends[0]);
-  FileDescriptor out(ends[1]);
+  UniqueFd in(ends[0]);
+  UniqueFd out(ends[1]);
   const std::string bytes(1'000'000, 'b');
   std::string read_back;
   std::thread reader([&] {
@@ -118,7 +118,7 @@ TEST(WriteAll, ReportsAFailedWrite) {
   EXPECT_FALSE(WriteAll(-1, "x", 1));
   EXPECT_EQ(errno, EBADF);
 
-  const FileDescriptor full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
+  const UniqueFd full(::open("/dev/full", O_WRONLY | O_CLOEXEC));
   ASSERT_TRUE(full.IsOpen());
   EXPECT_FALSE(WriteAll(full.Get(), "x", 1));
   EXPECT_EQ(errno, ENOSPC);

@@ -6,17 +6,17 @@
 namespace KELP::Wifi {
 
 /// An open file descriptor, closed when it goes out of scope; -1 stands for none.
-class FileDescriptor {
+class UniqueFd {
  public:
-  explicit FileDescriptor(int descriptor = -1) : descriptor_(descriptor) {}
-  FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-  FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+  explicit UniqueFd(int descriptor = -1) : descriptor_(descriptor) {}
+  UniqueFd(UniqueFd&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
     std::swap(descriptor_, other.descriptor_);
     return *this;
   }
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() { Close(); }
+  UniqueFd(const UniqueFd&) = delete;
+  UniqueFd& operator=(const UniqueFd&) = delete;
+  ~UniqueFd() { Close(); }
 
   int Get() const { return descriptor_; }
   bool IsOpen() const { return descriptor_ >= 0; }
