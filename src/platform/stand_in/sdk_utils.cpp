@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "platform/stand_in/text/key_value_text.h"
-#include "platform/stand_in/text/remembered_files.h"
+#include "platform/stand_in/text/parsed_file_cache.h"
 
 namespace KELP::Wifi::Util::SDKUtils {
 namespace {
@@ -19,7 +19,7 @@ std::runtime_error MissingKey(const std::string& path, std::string_view key) {
 }  // namespace
 
 std::string FileGetKeyValue(const std::string& path, std::string_view key) {
-  static RememberedFiles<KeyValueText> files;
+  static ParsedFileCache<KeyValueText> files;
   const std::optional<std::string_view> value = files.Get(path).Find(key);
   if (!value) throw MissingKey(path, key);
   return std::string(*value);

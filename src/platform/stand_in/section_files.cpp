@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/stand_in/text/remembered_files.h"
+#include "platform/stand_in/text/parsed_file_cache.h"
 #include "platform/stand_in/text/section_text.h"
 
 namespace {
@@ -33,8 +33,8 @@ class StringSequence {
   std::vector<std::size_t> starts_;
 };
 
-KELP::Wifi::RememberedFiles<KELP::Wifi::SectionText>& Files() {
-  static KELP::Wifi::RememberedFiles<KELP::Wifi::SectionText> files;
+KELP::Wifi::ParsedFileCache<KELP::Wifi::SectionText>& Files() {
+  static KELP::Wifi::ParsedFileCache<KELP::Wifi::SectionText> files;
   return files;
 }
 

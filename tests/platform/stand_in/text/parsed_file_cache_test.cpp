@@ -1,4 +1,4 @@
-#include "platform/stand_in/text/remembered_files.h"
+#include "platform/stand_in/text/parsed_file_cache.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -37,9 +37,9 @@ struct Counted {
   static inline int made = 0;
 };
 
-class RememberedFilesTest : public ::testing::Test {
+class ParsedFileCacheTest : public ::testing::Test {
  protected:
-  RememberedFilesTest() { Counted::made = 0; }
+  ParsedFileCacheTest() { Counted::made = 0; }
 
   static void Write(const std::string& path, std::string_view bytes) {
     const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
@@ -69,10 +69,10 @@ class RememberedFilesTest : public ::testing::Test {
   }
 
   lab::PrivateRoot device_;
-  RememberedFiles<Counted> files_;
+  ParsedFileCache<Counted> files_;
 };
 
-TEST_F(RememberedFilesTest, UnchangedFileIsReadOnceForAThousandReads) {
+TEST_F(ParsedFileCacheTest, UnchangedFileIsReadOnceForAThousandReads) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -80,7 +80,7 @@ TEST_F(RememberedFilesTest, UnchangedFileIsReadOnceForAThousandReads) {
   EXPECT_EQ(Counted::made, 1);
 }
 
-TEST_F(RememberedFilesTest, EachFileIsRememberedForItself) {
+TEST_F(ParsedFileCacheTest, EachFileIsRememberedForItself) {
   device_.Write(kFile, "one");
   device_.Write(kOther, "two");
   const lab::InRoot inside(device_);
@@ -98,7 +98,7 @@ TEST_F(RememberedFilesTest, EachFileIsRememberedForItself) {
   EXPECT_EQ(Counted::made, 3);
 }
 
-TEST_F(RememberedFilesTest, FileThatWasReadWhileItsStampWasFreshIsRememberedLater) {
+TEST_F(ParsedFileCacheTest, FileThatWasReadWhileItsStampWasFreshIsRememberedLater) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Write(kFile, "two");
@@ -110,7 +110,7 @@ TEST_F(RememberedFilesTest, FileThatWasReadWhileItsStampWasFreshIsRememberedLate
   EXPECT_EQ(Counted::made, made);
 }
 
-TEST_F(RememberedFilesTest, ChangeOfEqualSizeBetweenTwoReadsIsSeenEveryTime) {
+TEST_F(ParsedFileCacheTest, ChangeOfEqualSizeBetweenTwoReadsIsSeenEveryTime) {
   device_.Write(kFile, "00000000");
   const lab::InRoot inside(device_);
   for (int i = 0; i < 500; ++i) {  // each truncation costs a flush on some file systems
@@ -121,7 +121,7 @@ TEST_F(RememberedFilesTest, ChangeOfEqualSizeBetweenTwoReadsIsSeenEveryTime) {
   }
 }
 
-TEST_F(RememberedFilesTest, ChangeInPlaceThroughAnOpenDescriptorIsSeenEveryTime) {
+TEST_F(ParsedFileCacheTest, ChangeInPlaceThroughAnOpenDescriptorIsSeenEveryTime) {
   device_.Write(kFile, "00000000");
   const lab::InRoot inside(device_);
   const int file = ::open(kFile, O_WRONLY | O_CLOEXEC);
@@ -136,7 +136,7 @@ TEST_F(RememberedFilesTest, ChangeInPlaceThroughAnOpenDescriptorIsSeenEveryTime)
   ::close(file);
 }
 
-TEST_F(RememberedFilesTest, ChangeRightAfterTheClockHasTickedIsSeen) {
+TEST_F(ParsedFileCacheTest, ChangeRightAfterTheClockHasTickedIsSeen) {
   device_.Write(kFile, "0000");
   const lab::InRoot inside(device_);
   const int file = ::open(kFile, O_WRONLY | O_CLOEXEC);
@@ -154,7 +154,7 @@ TEST_F(RememberedFilesTest, ChangeRightAfterTheClockHasTickedIsSeen) {
   ::close(file);
 }
 
-TEST_F(RememberedFilesTest, ReplacementByRenameIsSeen) {
+TEST_F(ParsedFileCacheTest, ReplacementByRenameIsSeen) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -164,7 +164,7 @@ TEST_F(RememberedFilesTest, ReplacementByRenameIsSeen) {
   EXPECT_EQ(Get(), "two");
 }
 
-TEST_F(RememberedFilesTest, ReplacementByAnOlderFileOfEqualSizeIsSeen) {
+TEST_F(ParsedFileCacheTest, ReplacementByAnOlderFileOfEqualSizeIsSeen) {
   device_.Write(kFile, "one");
   device_.Write(kOther, "two");
   const lab::InRoot inside(device_);
@@ -174,7 +174,7 @@ TEST_F(RememberedFilesTest, ReplacementByAnOlderFileOfEqualSizeIsSeen) {
   EXPECT_EQ(Get(), "two");
 }
 
-TEST_F(RememberedFilesTest, ChangeUnderARestoredModificationTimeIsSeen) {
+TEST_F(ParsedFileCacheTest, ChangeUnderARestoredModificationTimeIsSeen) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -187,7 +187,7 @@ TEST_F(RememberedFilesTest, ChangeUnderARestoredModificationTimeIsSeen) {
   EXPECT_EQ(Get(), "two");
 }
 
-TEST_F(RememberedFilesTest, TruncationIsSeen) {
+TEST_F(ParsedFileCacheTest, TruncationIsSeen) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -196,7 +196,7 @@ TEST_F(RememberedFilesTest, TruncationIsSeen) {
   EXPECT_EQ(Get(), "");
 }
 
-TEST_F(RememberedFilesTest, RemovalIsSeenAndSoIsTheReturn) {
+TEST_F(ParsedFileCacheTest, RemovalIsSeenAndSoIsTheReturn) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -208,7 +208,7 @@ TEST_F(RememberedFilesTest, RemovalIsSeenAndSoIsTheReturn) {
   EXPECT_EQ(Get(), "two");
 }
 
-TEST_F(RememberedFilesTest, FileThatBecomesADirectoryIsSeen) {
+TEST_F(ParsedFileCacheTest, FileThatBecomesADirectoryIsSeen) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -218,7 +218,7 @@ TEST_F(RememberedFilesTest, FileThatBecomesADirectoryIsSeen) {
   EXPECT_THROW(Get(), std::system_error);
 }
 
-TEST_F(RememberedFilesTest, FileThatBecomesAFIFOIsSeen) {
+TEST_F(ParsedFileCacheTest, FileThatBecomesAFIFOIsSeen) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -228,7 +228,7 @@ TEST_F(RememberedFilesTest, FileThatBecomesAFIFOIsSeen) {
   EXPECT_THROW(Get(), std::system_error);
 }
 
-TEST_F(RememberedFilesTest, LinkThatPointsElsewhereNowIsSeen) {
+TEST_F(ParsedFileCacheTest, LinkThatPointsElsewhereNowIsSeen) {
   device_.Write(kOther, "one");
   device_.Write("/etc/third", "two");
   device_.Link(kFile, kOther);
@@ -240,7 +240,7 @@ TEST_F(RememberedFilesTest, LinkThatPointsElsewhereNowIsSeen) {
   EXPECT_EQ(Get(), "two");
 }
 
-TEST_F(RememberedFilesTest, ChangeBehindALinkIsSeen) {
+TEST_F(ParsedFileCacheTest, ChangeBehindALinkIsSeen) {
   device_.Write(kOther, "one");
   device_.Link(kFile, kOther);
   const lab::InRoot inside(device_);
@@ -250,7 +250,7 @@ TEST_F(RememberedFilesTest, ChangeBehindALinkIsSeen) {
   EXPECT_EQ(Get(), "two");
 }
 
-TEST_F(RememberedFilesTest, FileOfAnotherRootUnderTheSamePathIsAnotherFile) {
+TEST_F(ParsedFileCacheTest, FileOfAnotherRootUnderTheSamePathIsAnotherFile) {
   device_.Write(kFile, "one");
   lab::PrivateRoot second;
   second.Write(kFile, "two");
@@ -265,7 +265,7 @@ TEST_F(RememberedFilesTest, FileOfAnotherRootUnderTheSamePathIsAnotherFile) {
   }
 }
 
-TEST_F(RememberedFilesTest, MissingFileIsNotRememberedAsMissing) {
+TEST_F(ParsedFileCacheTest, MissingFileIsNotRememberedAsMissing) {
   const lab::InRoot inside(device_);
   EXPECT_THROW(Get("/file"), std::system_error);
   Write("/file", "one");
@@ -274,7 +274,7 @@ TEST_F(RememberedFilesTest, MissingFileIsNotRememberedAsMissing) {
 
 // Within a run
 
-TEST_F(RememberedFilesTest, FileThatChangesInARunIsTrusted) {
+TEST_F(ParsedFileCacheTest, FileThatChangesInARunIsTrusted) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   const FileCacheScope run;
@@ -286,7 +286,7 @@ TEST_F(RememberedFilesTest, FileThatChangesInARunIsTrusted) {
   EXPECT_EQ(Counted::made, 1);
 }
 
-TEST_F(RememberedFilesTest, FileThatWasReadBeforeTheRunIsLookedAtOnceMore) {
+TEST_F(ParsedFileCacheTest, FileThatWasReadBeforeTheRunIsLookedAtOnceMore) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -298,7 +298,7 @@ TEST_F(RememberedFilesTest, FileThatWasReadBeforeTheRunIsLookedAtOnceMore) {
   EXPECT_EQ(Get(), "three");
 }
 
-TEST_F(RememberedFilesTest, UnchangedFileThatWasReadBeforeTheRunIsTrustedOnceItWasLookedAt) {
+TEST_F(ParsedFileCacheTest, UnchangedFileThatWasReadBeforeTheRunIsTrustedOnceItWasLookedAt) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   Settle();
@@ -310,7 +310,7 @@ TEST_F(RememberedFilesTest, UnchangedFileThatWasReadBeforeTheRunIsTrustedOnceItW
   EXPECT_EQ(Counted::made, 1);
 }
 
-TEST_F(RememberedFilesTest, FileIsReadAnewInTheNextRunAndBehindTheLast) {
+TEST_F(ParsedFileCacheTest, FileIsReadAnewInTheNextRunAndBehindTheLast) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   {
@@ -327,7 +327,7 @@ TEST_F(RememberedFilesTest, FileIsReadAnewInTheNextRunAndBehindTheLast) {
   EXPECT_EQ(Get(), "eleven");
 }
 
-TEST_F(RememberedFilesTest, MissingFileIsMissingForTheRunAndReportedAlike) {
+TEST_F(ParsedFileCacheTest, MissingFileIsMissingForTheRunAndReportedAlike) {
   const lab::InRoot inside(device_);
   {
     const FileCacheScope run;
@@ -341,7 +341,7 @@ TEST_F(RememberedFilesTest, MissingFileIsMissingForTheRunAndReportedAlike) {
   }
 }
 
-TEST_F(RememberedFilesTest, FileThatCannotBeReadIsTriedAgainInTheRun) {
+TEST_F(ParsedFileCacheTest, FileThatCannotBeReadIsTriedAgainInTheRun) {
   device_.MakeFifo("/etc/fifo");
   device_.Link("/etc/loop", "/etc/loop");
   device_.MakeDirectory("/etc/folder");
@@ -350,7 +350,7 @@ TEST_F(RememberedFilesTest, FileThatCannotBeReadIsTriedAgainInTheRun) {
   for (const char* path : {"/etc/fifo", "/etc/loop", "/etc/folder"}) ExpectTriedAgain(path);
 }
 
-TEST_F(RememberedFilesTest, WhatTheProgramChangesIsNotTrusted) {
+TEST_F(ParsedFileCacheTest, WhatTheProgramChangesIsNotTrusted) {
   device_.Write(kFile, "one");
   const lab::InRoot inside(device_);
   const FileCacheScope run;
@@ -364,7 +364,7 @@ TEST_F(RememberedFilesTest, WhatTheProgramChangesIsNotTrusted) {
   EXPECT_THROW(Get(), std::system_error);  // trusted again: nobody said that it changes
 }
 
-TEST_F(RememberedFilesTest, TextThatIsRefusedIsNotRemembered) {
+TEST_F(ParsedFileCacheTest, TextThatIsRefusedIsNotRemembered) {
   device_.Write(kFile, "refused");
   const lab::InRoot inside(device_);
   Settle();

@@ -22,7 +22,7 @@ namespace KELP::Wifi {
 /// time stamps differ, and also when it had changed so shortly before it was read that its time stamps could
 /// not tell a further change.
 template <typename Parsed>
-class RememberedFiles {
+class ParsedFileCache {
  public:
   /// The file at `path` as it is now, or was when the run first asked for it; valid until the next call for
   /// the same path. Throws as ReadRegularFile does, and what the constructor of `Parsed` throws; of such a
