@@ -3,26 +3,26 @@
 namespace KELP::Wifi {
 namespace {
 
-bool under_way = false;
-std::uint64_t stretch = 0;
+bool in_scope = false;
+std::uint64_t epoch = kNoFileCache;
 
 }  // namespace
 
 FileCacheScope::FileCacheScope() noexcept {
-  under_way = true;
-  ++stretch;
+  in_scope = true;
+  ++epoch;
 }
 
 FileCacheScope::~FileCacheScope() {
-  under_way = false;
+  in_scope = false;
 }
 
 void InvalidateFileCache() noexcept {
-  ++stretch;
+  ++epoch;
 }
 
 std::uint64_t FileCacheEpoch() noexcept {
-  return under_way ? stretch : 0;
+  return in_scope ? epoch : kNoFileCache;
 }
 
 }  // namespace KELP::Wifi

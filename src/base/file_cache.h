@@ -4,9 +4,8 @@
 
 namespace KELP::Wifi {
 
-/// A run of the program, from its making to its end; one at a time. Nobody but the program itself is expected
-/// to change the device's files meanwhile: what was read once in a run may be trusted for the rest of it, and
-/// a file that was not there need not be looked for again. Outside a run nothing is trusted.
+/// While one of these exists, what was read from a file may be cached, and also that there is no such file:
+/// the program expects nobody but itself to change files. One at a time. Outside of it nothing is cached.
 class FileCacheScope {
  public:
   FileCacheScope() noexcept;
@@ -15,11 +14,13 @@ class FileCacheScope {
   ~FileCacheScope();
 };
 
-/// The program is about to write, rename or remove a file: of what it has read nothing is trusted any more.
+/// Invalidates everything cached from files. Call it before the program writes, renames or removes a file.
 void InvalidateFileCache() noexcept;
 
-/// The stretch of a run in which what is read now may be trusted: it is so for as long as this gives the same
-/// number. No two stretches have the same. 0 outside a run.
+inline constexpr std::uint64_t kNoFileCache = 0;
+
+/// What was cached is valid for as long as this returns the same number, which never comes again after
+/// another. kNoFileCache outside of a FileCacheScope.
 std::uint64_t FileCacheEpoch() noexcept;
 
 }  // namespace KELP::Wifi

@@ -17,15 +17,8 @@ namespace {
 static_assert(sizeof(off_t) == 8 && sizeof(ino_t) == 8 && sizeof(time_t) == 8,
               "compile with -D_FILE_OFFSET_BITS=64 -D_TIME_BITS=64");
 
-constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr std::size_t kSmallestRead = 512;
 constexpr std::size_t kLargestFirstReservation = 64UL * 1024 * 1024;
-
-/// Wraps around for times behind 2262, which a file may have, too: they still differ from each other.
-std::int64_t Nanoseconds(const timespec& time) {
-  return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.tv_sec) * kNanosecondsPerSecond +
-                                   static_cast<std::uint64_t>(time.tv_nsec));
-}
 
 [[noreturn]] void ThrowUnreadable(const std::string& path, int error) {
   throw std::system_error(error, std::generic_category(), "cannot read " + path);
@@ -33,22 +26,7 @@ std::int64_t Nanoseconds(const timespec& time) {
 
 }  // namespace
 
-FileStamp::FileStamp(const struct stat& status)
-    : device(status.st_dev),
-      inode(status.st_ino),
-      size(status.st_size),
-      modified(Nanoseconds(status.st_mtim)),
-      changed(Nanoseconds(status.st_ctim)) {}
-
-bool FileStamp::IsSettled() const {
-  timespec tick{};
-  if (::clock_gettime(CLOCK_REALTIME_COARSE, &tick) != 0) return false;
-  const std::int64_t now = Nanoseconds(tick);
-  // A device whose clock was set back since has stamps far ahead; those no change of today can repeat.
-  return changed < now || changed > now + kNanosecondsPerSecond;
-}
-
-FileContent ReadRegularFile(const std::string& path, std::size_t size_limit) {
+std::string ReadRegularFile(const std::string& path, std::size_t size_limit) {
   const UniqueFd file(
       RetryInterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); }));
   if (!file.IsOpen()) ThrowUnreadable(path, errno);
@@ -58,12 +36,9 @@ FileContent ReadRegularFile(const std::string& path, std::size_t size_limit) {
   if (S_ISDIR(status.st_mode)) ThrowUnreadable(path, EISDIR);
   if (!S_ISREG(status.st_mode)) ThrowUnreadable(path, EINVAL);
 
-  FileContent content{.bytes = {}, .stamp = FileStamp(status), .settled = false};
-  content.settled = content.stamp.IsSettled();
-
-  std::string& bytes = content.bytes;
   const auto expected = static_cast<std::size_t>(std::max<off_t>(status.st_size, 0));
   if (expected > size_limit) ThrowUnreadable(path, EFBIG);  // before it costs any memory
+  std::string bytes;
   // One byte more than expected lets the read that finds the end go without growing the buffer.
   bytes.resize(std::clamp(expected + 1, kSmallestRead, kLargestFirstReservation));
   std::size_t filled = 0;
@@ -77,7 +52,7 @@ FileContent ReadRegularFile(const std::string& path, std::size_t size_limit) {
     if (filled > size_limit) ThrowUnreadable(path, EFBIG);
   }
   bytes.resize(filled);
-  return content;
+  return bytes;
 }
 
 }  // namespace KELP::Wifi

@@ -51,7 +51,7 @@ std::string GetBssid(const UpdateContext& context, RadioFrequency frequency) {
 
 std::string ReadEntry(const std::string& path) {
   try {
-    return ReadRegularFile(path).bytes;
+    return ReadRegularFile(path);
   } catch (const std::system_error&) {
     throw std::runtime_error("Failed to get bssid from kelp_mac_address");
   }

@@ -5,30 +5,30 @@
 namespace KELP::Wifi {
 namespace {
 
-TEST(Run, OutsideOfOneNothingIsTrusted) {
-  EXPECT_EQ(FileCacheEpoch(), 0U);
-  { const FileCacheScope run; }
-  EXPECT_EQ(FileCacheEpoch(), 0U);
+TEST(FileCache, HasNoEpochOutsideOfAScope) {
+  EXPECT_EQ(FileCacheEpoch(), kNoFileCache);
+  { const FileCacheScope scope; }
+  EXPECT_EQ(FileCacheEpoch(), kNoFileCache);
   InvalidateFileCache();
-  EXPECT_EQ(FileCacheEpoch(), 0U);
+  EXPECT_EQ(FileCacheEpoch(), kNoFileCache);
 }
 
-TEST(Run, IsOneStretchUntilTheProgramChangesAFile) {
-  const FileCacheScope run;
+TEST(FileCache, HasOneEpochUntilItIsInvalidated) {
+  const FileCacheScope scope;
   const std::uint64_t first = FileCacheEpoch();
-  EXPECT_NE(first, 0U);
+  EXPECT_NE(first, kNoFileCache);
   EXPECT_EQ(FileCacheEpoch(), first);
   InvalidateFileCache();
   const std::uint64_t second = FileCacheEpoch();
-  EXPECT_NE(second, 0U);
+  EXPECT_NE(second, kNoFileCache);
   EXPECT_NE(second, first);
   EXPECT_EQ(FileCacheEpoch(), second);
 }
 
-TEST(Run, NoTwoRunsShareAStretch) {
-  std::uint64_t earlier = 0;
+TEST(FileCache, NoTwoScopesShareAnEpoch) {
+  std::uint64_t earlier = kNoFileCache;
   for (int i = 0; i < 3; ++i) {
-    const FileCacheScope run;
+    const FileCacheScope scope;
     EXPECT_NE(FileCacheEpoch(), earlier);
     earlier = FileCacheEpoch();
   }

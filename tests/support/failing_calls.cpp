@@ -166,11 +166,6 @@ int __wrap_close(int file) {
   return -1;
 }
 
-int __real_clock_gettime(clockid_t clock, timespec* time);
-int __wrap_clock_gettime(clockid_t clock, timespec* time) {
-  return Fails("clock_gettime") ? -1 : __real_clock_gettime(clock, time);
-}
-
 int __real_timer_create(clockid_t clock, sigevent* event, timer_t* timer);
 int __wrap_timer_create(clockid_t clock, sigevent* event, timer_t* timer) {
   return Fails("timer_create") ? -1 : __real_timer_create(clock, event, timer);

@@ -95,7 +95,7 @@ bool IsUsable(const Place& place) {
 
 bool IsConfigurationUsable() {
   try {
-    const std::string configuration = KELP::Wifi::ReadRegularFile(kConfiguration).bytes;
+    const std::string configuration = KELP::Wifi::ReadRegularFile(kConfiguration);
     std::string_view rest = configuration;
     for (int copies = 0; copies < kMostCopies && !rest.empty();) {
       const std::optional<Place> place = ParseLine(KELP::Wifi::TakeLine(rest));

@@ -1,15 +1,16 @@
 #include "platform/json_util.h"
 
 #include <json/reader.h>
+#include <json/writer.h>
 
 #include <algorithm>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 #include "base/atomic_file.h"
 #include "base/file_cache.h"
 #include "base/file_content.h"
-#include "platform/stand_in/json/json_text.h"
 #include "platform/stand_in/json/plain_json.h"
 
 namespace KELP::Wifi::Util::JsonUtil {
@@ -31,10 +32,22 @@ const Json::Value& GetMember(const Json::Value& value, const std::string& name, 
   return *member;
 }
 
+/// Members in byte order, one a line; an array of plain values on one line where it is short enough. Set up
+/// once for all documents.
+Json::StreamWriter& Writer() {
+  static const std::unique_ptr<Json::StreamWriter> writer = [] {
+    Json::StreamWriterBuilder builder;
+    builder.settings_["commentStyle"] = "None";
+    builder.settings_["emitUTF8"] = true;
+    return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
+  }();
+  return *writer;
+}
+
 }  // namespace
 
 Json::Value LoadJsonFromFile(const std::string& path) {
-  const std::string text = ReadRegularFile(path, kLargestDocument).bytes;
+  const std::string text = ReadRegularFile(path, kLargestDocument);
   try {
     RequirePlainJson(text);
   } catch (const std::runtime_error& error) {
@@ -57,7 +70,11 @@ Json::Value LoadJsonFromFile(const std::string& path) {
 
 void SaveJsonToFile(const std::string& path, const Json::Value& document) {
   InvalidateFileCache();
-  WriteFileAtomically(path, ToIndentedText(document) + '\n');
+  std::ostringstream text;
+  text.exceptions(std::ios::badbit);  // or it would leave out, without a word, what there is no memory for
+  Writer().write(document, &text);
+  text << '\n';
+  WriteFileAtomically(path, text.str());
 }
 
 std::string GetString(const Json::Value& value, const std::string& name) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "platform/stand_in/json/record_json.h"
 #include "tests/platform/country_names.h"
 #include "tests/support/json_text.h"
@@ -48,19 +50,21 @@ TEST(GlobalData, ConnectedModelsStandInTheOrderOfTheirSignedValues) {
             ParseJson(R"(["Error", "ORCHID", "LOTUS", "MAPLE", "CEDAR"])"));
 }
 
-TEST(GlobalData, ReadsBackForEveryModelAndEveryCountry) {
-  const SupportedModel models[] = {SupportedModel::Error, SupportedModel::ORCHID, SupportedModel::LOTUS,
-                                   SupportedModel::MAPLE, SupportedModel::CEDAR};
-  for (const SupportedModel model : models) {
-    for (std::size_t country = 0; country < kCountryNames.size(); ++country) {
-      GlobalData data = Sample();
-      data.SetDefaultModel(model);
-      data.SetMeshInfo({.connectedModels = {model}, .isRepeater = false});
-      data.SetCountryCodeSetting({static_cast<CountryCode>(country)});
-      const Json::Value json = ToJson(data);
-      ASSERT_EQ(json["countryCodeSetting"]["countryCode"], Json::Value(std::string(kCountryNames[country])));
-      ASSERT_EQ(FromJson<GlobalData>(json), data) << json.toStyledString();
-    }
+TEST(GlobalData, WritesEveryModelAndEveryCountryByItsName) {
+  const std::pair<SupportedModel, const char*> models[] = {{SupportedModel::Error, "Error"},
+                                                           {SupportedModel::ORCHID, "ORCHID"},
+                                                           {SupportedModel::LOTUS, "LOTUS"},
+                                                           {SupportedModel::MAPLE, "MAPLE"},
+                                                           {SupportedModel::CEDAR, "CEDAR"}};
+  GlobalData data = Sample();
+  for (const auto& [model, name] : models) {
+    data.SetDefaultModel(model);
+    EXPECT_EQ(ToJson(data)["defaultModel"], Json::Value(name));
+  }
+  for (std::size_t country = 0; country < kCountryNames.size(); ++country) {
+    data.SetCountryCodeSetting({static_cast<CountryCode>(country)});
+    EXPECT_EQ(ToJson(data)["countryCodeSetting"]["countryCode"],
+              Json::Value(std::string(kCountryNames[country])));
   }
 }
 

@@ -68,17 +68,6 @@ TEST(KeyValueText, LineWithoutEqualsSignHidesNoLaterEntry) {
   EXPECT_EQ(text.Find("key"), Value("value"));
 }
 
-// Keys that a table would take for one another: of one length, with the same bytes in the middle and at the
-// end.
-TEST(KeyValueText, KeysOfOneKindAreToldApart) {
-  const KeyValueText text("axb=1\ncxb=2\naxb=3\nexb=4\ncxb=5\n");
-  EXPECT_EQ(text.Find("axb"), Value("1"));
-  EXPECT_EQ(text.Find("cxb"), Value("2"));
-  EXPECT_EQ(text.Find("exb"), Value("4"));
-  EXPECT_EQ(text.Find("gxb"), std::nullopt);
-  EXPECT_EQ(KeyValueText("z='=1\n").Find("z='"), std::nullopt);
-}
-
 TEST(KeyValueText, AThousandKeysAreAllFound) {
   std::string bytes;
   for (int i = 0; i < 1000; ++i) bytes += "key" + std::to_string(i) + "=" + std::to_string(7 * i) + "\n";
