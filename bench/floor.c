@@ -1,5 +1,5 @@
-// What the work itself costs: reads files, writes documents and renames files, as its arguments say one after
-// the other, and decides nothing.
+// What the work itself costs: reads files, writes documents and renames files, as the words of the file that
+// it is given say one after the other, each ended by a NUL, and decides nothing.
 //
 //   read PATH                 reads a file once
 //
@@ -56,24 +56,23 @@ static int Move(const char* from, const char* to) {
 }
 
 int main(int argument_count, char** arguments) {
-  char** const end = arguments + argument_count;
-  char** next = arguments + 1;
+  static char words[1 << 20];
+  const int file = argument_count == 2 ? open(arguments[1], O_RDONLY | O_CLOEXEC) : -1;
+  const ssize_t size = read(file, words, sizeof words);
+  close(file);
+  if (size < 0) return 2;
+
+  const char* next = words;
+  const char* const end = words + size;
   while (next < end) {
-    const char* const step = *next++;
+    const char* word[3];
+    const int count = *next == 'r' ? 2 : 3;  // a step has two words, or three
+    for (int i = 0; i < count; ++i, next += strlen(next) + 1) word[i] = next;
     int done = 0;
-    if (strcmp(step, "read") == 0 && end - next >= 1) {
-      done = Read(next[0]);
-      next += 1;
-    } else if (strcmp(step, "write") == 0 && end - next >= 2) {
-      done = Write(next[0], next[1]);
-      next += 2;
-    } else if (strcmp(step, "make") == 0 && end - next >= 2) {
-      done = Make(next[0], next[1]);
-      next += 2;
-    } else if (strcmp(step, "move") == 0 && end - next >= 2) {
-      done = Move(next[0], next[1]);
-      next += 2;
-    }
+    if (strcmp(word[0], "read") == 0) done = Read(word[1]);
+    if (strcmp(word[0], "write") == 0) done = Write(word[1], word[2]);
+    if (strcmp(word[0], "make") == 0) done = Make(word[1], word[2]);
+    if (strcmp(word[0], "move") == 0) done = Move(word[1], word[2]);
     if (!done) return 1;
   }
   return 0;

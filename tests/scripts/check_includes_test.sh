@@ -61,7 +61,7 @@ fine lab/sweeps/a.cpp '"base/log.h"' '"platform/cipher.h"'
 # Of the platform only the contract is known, and the contract knows only itself.
 fine src/platform/json_util.h '<json/value.h>' '"platform/mac_address.h"' '"platform/records/mac_filter.h"'
 fine tests/platform/a_test.cpp '"platform/stand_in/json/json_text.h"'
-for file in src/legacy/a.cpp src/base/b.h lab/sweeps/a.cpp bench/micro/a.cpp fuzz/a.cpp tests/legacy/a_test.cpp; do
+for file in src/legacy/a.cpp src/base/b.h lab/sweeps/a.cpp bench/a.cpp fuzz/a.cpp tests/legacy/a_test.cpp; do
   look "$file" '"platform/stand_in/json/json_text.h"'
   [[ $status != 0 && $said == *"$file:2: "*': no header of the contract' ]] || {
     printf 'should not know the stand-in: %s\n%s\n' "$file" "$said"
