@@ -13,8 +13,8 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "base/blocking_call_timeout.h"
 #include "base/patience.h"
-#include "base/wait_limit.h"
 
 namespace KELP::Wifi::Updater {
 namespace {
@@ -27,10 +27,10 @@ bool HasRoom(int descriptor, const Patience& patience) noexcept {
 }
 
 bool WriteInTime(int descriptor, std::string_view text, const Patience& patience,
-                 const WaitLimit& limit) noexcept {
+                 const BlockingCallTimeout& timeout) noexcept {
   while (!text.empty()) {
     std::size_t size = text.size();
-    if (!limit.IsSet()) {  // nothing would interrupt a write that waits
+    if (!timeout.IsSet()) {  // nothing would interrupt a write that waits
       if (!HasRoom(descriptor, patience)) return false;
       size = std::min<std::size_t>(size, PIPE_BUF);
     }
@@ -46,9 +46,10 @@ void Write(int descriptor, std::initializer_list<std::string_view> parts) noexce
   constexpr auto kLeastToTry = std::chrono::milliseconds(10);
   const Patience patience;
   // The streams belong to others too: to make them non-blocking would be felt there.
-  const WaitLimit limit(std::max(std::chrono::ceil<std::chrono::milliseconds>(patience.Left()), kLeastToTry));
+  const BlockingCallTimeout timeout(
+      std::max(std::chrono::ceil<std::chrono::milliseconds>(patience.Left()), kLeastToTry));
   for (const std::string_view part : parts) {
-    if (!WriteInTime(descriptor, part, patience, limit)) return;
+    if (!WriteInTime(descriptor, part, patience, timeout)) return;
   }
 }
 
