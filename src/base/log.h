@@ -11,7 +11,7 @@ inline constexpr std::size_t kLongestLogLine = 128UL * 1024;
 
 /// Sends one line to the system log at `priority` (LOG_ERR, LOG_WARNING), default facility: the very bytes
 /// that syslog(3) sends. Unlike that it never waits for a daemon that does not read, but for what the run's
-/// Patience has left: then lines are lost.
+/// OutputWaitBudget has left: then lines are lost.
 ///
 /// Every `format` begins with "%s:%d "; those two arguments, the source name "kelpwifiupdater" and the number
 /// `line` by which support finds the message, are put in here, the others follow as for printf.

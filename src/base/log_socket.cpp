@@ -9,7 +9,7 @@
 #include <cerrno>
 
 #include "base/file_descriptor.h"
-#include "base/patience.h"
+#include "base/wait_budget.h"
 
 namespace KELP::Wifi {
 namespace {
@@ -26,8 +26,8 @@ const sockaddr* DaemonsAddress() {
 }
 
 /// Lets a blocking call on `socket` wait for as long as there is patience. False when there is none.
-bool BoundWaiting(int socket, const Patience& patience) noexcept {
-  const auto left = patience.Left().count();
+bool BoundWaiting(int socket, const OutputWaitBudget& budget) noexcept {
+  const auto left = budget.Remaining().count();
   if (left == 0) return false;
   const timeval limit{.tv_sec = left / 1'000'000, .tv_usec = left % 1'000'000};
   return ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit) == 0;
@@ -38,9 +38,9 @@ template <typename Send>
 ssize_t SendPatiently(int socket, Send send) noexcept {
   const ssize_t sent = RetryInterrupted([&] { return send(MSG_NOSIGNAL | MSG_DONTWAIT); });
   if (sent >= 0 || errno != EAGAIN) return sent;
-  const Patience patience;
+  const OutputWaitBudget budget;
   return RetryInterrupted([&]() -> ssize_t {
-    if (BoundWaiting(socket, patience)) return send(MSG_NOSIGNAL);
+    if (BoundWaiting(socket, budget)) return send(MSG_NOSIGNAL);
     errno = EAGAIN;
     return -1;
   });
@@ -62,8 +62,8 @@ void CloseStream() noexcept {
 bool OpenStream() noexcept {
   stream = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (stream == kNone) return false;
-  const Patience patience;
-  if (!BoundWaiting(stream, patience)) ::fcntl(stream, F_SETFL, O_NONBLOCK);
+  const OutputWaitBudget budget;
+  if (!BoundWaiting(stream, budget)) ::fcntl(stream, F_SETFL, O_NONBLOCK);
   if (RetryInterrupted([] { return ::connect(stream, DaemonsAddress(), sizeof kDaemon); }) == 0) return true;
   CloseStream();
   return false;

@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "base/patience.h"
+#include "base/wait_budget.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/base/log_daemon.h"
@@ -145,7 +145,7 @@ TEST_F(LogSocket, DaemonOfStreamsThatReadsLateGetsEverything) {
 /// Sends for as long as there is patience.
 template <typename Send>
 void WearOut(Send send) {
-  while (Patience().Left() > 0s) send();
+  while (OutputWaitBudget().Remaining() > 0s) send();
 }
 
 TEST_F(LogSocket, DaemonThatNeverReadsCostsThePatienceAndItsLines) {

@@ -8,15 +8,15 @@ namespace KELP::Wifi {
 /// console): two seconds in all, however many of them do not listen and however often. One thread only.
 ///
 /// While one lives the run is waiting: what that takes is gone for the rest of the run. Never throws.
-class Patience {
+class OutputWaitBudget {
  public:
-  Patience() noexcept;
-  Patience(const Patience&) = delete;
-  Patience& operator=(const Patience&) = delete;
-  ~Patience();
+  OutputWaitBudget() noexcept;
+  OutputWaitBudget(const OutputWaitBudget&) = delete;
+  OutputWaitBudget& operator=(const OutputWaitBudget&) = delete;
+  ~OutputWaitBudget();
 
   /// Zero when it has run out.
-  std::chrono::microseconds Left() const noexcept;
+  std::chrono::microseconds Remaining() const noexcept;
 
  private:
   std::chrono::steady_clock::time_point end_;

@@ -1,4 +1,4 @@
-#include "base/patience.h"
+#include "base/wait_budget.h"
 
 #include <algorithm>
 
@@ -9,13 +9,13 @@ std::chrono::microseconds left = std::chrono::seconds(2);
 
 }  // namespace
 
-Patience::Patience() noexcept : end_(std::chrono::steady_clock::now() + left) {}
+OutputWaitBudget::OutputWaitBudget() noexcept : end_(std::chrono::steady_clock::now() + left) {}
 
-Patience::~Patience() {
-  left = Left();
+OutputWaitBudget::~OutputWaitBudget() {
+  left = Remaining();
 }
 
-std::chrono::microseconds Patience::Left() const noexcept {
+std::chrono::microseconds OutputWaitBudget::Remaining() const noexcept {
   using std::chrono::microseconds;
   const auto rest = end_ - std::chrono::steady_clock::now();
   return std::max(std::chrono::duration_cast<microseconds>(rest), microseconds::zero());
