@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <thread>
 
+#include "tests/support/hang_guard.h"
+
 namespace KELP::Wifi {
 namespace {
 
@@ -34,7 +36,11 @@ class Pipe {
   std::array<int, 2> ends_{};
 };
 
-TEST(BlockingCallTimeout, InterruptsTheWaitDuringWhichItIsReachedAndEveryLaterOne) {
+class BlockingCallTimeoutTest : public ::testing::Test {
+  testing_support::HangGuard guard_{"a call that the timeout has to interrupt"};
+};
+
+TEST_F(BlockingCallTimeoutTest, InterruptsTheWaitDuringWhichItIsReachedAndEveryLaterOne) {
   const Pipe pipe;
   const BlockingCallTimeout timeout(50ms);
   ASSERT_TRUE(timeout.IsSet());
@@ -45,14 +51,14 @@ TEST(BlockingCallTimeout, InterruptsTheWaitDuringWhichItIsReachedAndEveryLaterOn
   EXPECT_EQ(pipe.WaitForAByte(), EINTR);
 }
 
-TEST(BlockingCallTimeout, TakesWholeSecondsToo) {
+TEST_F(BlockingCallTimeoutTest, TakesWholeSecondsToo) {
   const Pipe pipe;
   const BlockingCallTimeout timeout(1s);
   EXPECT_EQ(pipe.WaitForAByte(), EINTR);
   EXPECT_TRUE(timeout.HasExpired());
 }
 
-TEST(BlockingCallTimeout, LetsAWaitEndThatIsShorter) {
+TEST_F(BlockingCallTimeoutTest, LetsAWaitEndThatIsShorter) {
   const Pipe pipe;
   const BlockingCallTimeout timeout(1h);
   std::thread giver([&] {
@@ -64,7 +70,7 @@ TEST(BlockingCallTimeout, LetsAWaitEndThatIsShorter) {
   EXPECT_FALSE(timeout.HasExpired());
 }
 
-TEST(BlockingCallTimeout, InterruptsNoOtherThread) {
+TEST_F(BlockingCallTimeoutTest, InterruptsNoOtherThread) {
   const Pipe pipe;
   int error_of_other = -1;
   std::thread other([&] { error_of_other = pipe.WaitForAByte(); });
@@ -78,7 +84,7 @@ TEST(BlockingCallTimeout, InterruptsNoOtherThread) {
   EXPECT_EQ(error_of_other, 0);
 }
 
-TEST(BlockingCallTimeout, InterruptsNothingAfterwards) {
+TEST_F(BlockingCallTimeoutTest, InterruptsNothingAfterwards) {
   const Pipe pipe;
   { const BlockingCallTimeout timeout(1ms); }
   std::thread giver([&] {
@@ -97,7 +103,7 @@ bool IsBlocked() {
   return ::sigismember(&blocked, SIGRTMIN) == 1;
 }
 
-TEST(BlockingCallTimeout, LeavesTheSignalAsItWas) {
+TEST_F(BlockingCallTimeoutTest, LeavesTheSignalAsItWas) {
   const Pipe pipe;
   sigset_t signal;
   ::sigemptyset(&signal);
@@ -123,7 +129,7 @@ TEST(BlockingCallTimeout, LeavesTheSignalAsItWas) {
   ::sigaction(SIGRTMIN, &before, nullptr);
 }
 
-TEST(BlockingCallTimeout, LeavesErrnoAlone) {
+TEST_F(BlockingCallTimeoutTest, LeavesErrnoAlone) {
   {
     const BlockingCallTimeout timeout(1h);
     errno = ENOTTY;
