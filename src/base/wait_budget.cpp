@@ -3,22 +3,32 @@
 #include <algorithm>
 
 namespace KELP::Wifi {
-namespace {
 
-std::chrono::microseconds left = std::chrono::seconds(2);
+using std::chrono::steady_clock;
 
-}  // namespace
-
-OutputWaitBudget::OutputWaitBudget() noexcept : end_(std::chrono::steady_clock::now() + left) {}
-
-OutputWaitBudget::~OutputWaitBudget() {
-  left = Remaining();
+void OutputWaitBudget::Spend(Time time) noexcept {
+  remaining_ -= std::min(time, remaining_);
 }
 
-std::chrono::microseconds OutputWaitBudget::Remaining() const noexcept {
-  using std::chrono::microseconds;
-  const auto rest = end_ - std::chrono::steady_clock::now();
-  return std::max(std::chrono::duration_cast<microseconds>(rest), microseconds::zero());
+OutputWaitBudget& LogWaitBudget() noexcept {
+  static constinit OutputWaitBudget budget{std::chrono::seconds(10)};
+  return budget;
+}
+
+OutputWaitBudget& ReportWaitBudget() noexcept {
+  static constinit OutputWaitBudget budget{std::chrono::seconds(5)};
+  return budget;
+}
+
+OutputWait::~OutputWait() {
+  if (start_ == steady_clock::time_point{}) return;
+  budget_.Spend(std::chrono::ceil<Time>(steady_clock::now() - start_));
+}
+
+OutputWait::Time OutputWait::Remaining() noexcept {
+  if (start_ == steady_clock::time_point{}) start_ = steady_clock::now();
+  const auto passed = std::chrono::ceil<Time>(steady_clock::now() - start_);
+  return std::max(std::min(limit_, budget_.Remaining()) - passed, Time::zero());
 }
 
 }  // namespace KELP::Wifi
