@@ -13,42 +13,43 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "base/patience.h"
-#include "base/wait_limit.h"
+#include "base/blocking_call_timeout.h"
+#include "base/wait_budget.h"
 
 namespace KELP::Wifi::Updater {
 namespace {
 
-/// Whether the stream has room for a piece, or gets it while there is patience.
-bool HasRoom(int descriptor, const Patience& patience) noexcept {
+/// Whether the stream has room for a piece, or gets it before the wait is over.
+bool HasRoom(int descriptor, OutputWait& wait) noexcept {
   pollfd stream{descriptor, POLLOUT, 0};
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(patience.Left());
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(wait.Remaining());
   return ::poll(&stream, 1, static_cast<int>(left.count())) > 0;
 }
 
-bool WriteInTime(int descriptor, std::string_view text, const Patience& patience,
-                 const WaitLimit& limit) noexcept {
+bool WriteInTime(int descriptor, std::string_view text, OutputWait& wait,
+                 const BlockingCallTimeout& timeout) noexcept {
   while (!text.empty()) {
     std::size_t size = text.size();
-    if (!limit.IsSet()) {  // nothing would interrupt a write that waits
-      if (!HasRoom(descriptor, patience)) return false;
+    if (!timeout.IsSet()) {  // nothing would interrupt a write that waits
+      if (!HasRoom(descriptor, wait)) return false;
       size = std::min<std::size_t>(size, PIPE_BUF);
     }
     const ssize_t written = ::write(descriptor, text.data(), size);
     if (written == 0 || (written < 0 && errno != EINTR)) return false;
     text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-    if (!text.empty() && patience.Left() == std::chrono::microseconds::zero()) return false;
+    if (!text.empty() && wait.Remaining() == std::chrono::microseconds::zero()) return false;
   }
   return true;
 }
 
 void Write(int descriptor, std::initializer_list<std::string_view> parts) noexcept {
   constexpr auto kLeastToTry = std::chrono::milliseconds(10);
-  const Patience patience;
+  OutputWait wait(ReportWaitBudget());
   // The streams belong to others too: to make them non-blocking would be felt there.
-  const WaitLimit limit(std::max(std::chrono::ceil<std::chrono::milliseconds>(patience.Left()), kLeastToTry));
+  const BlockingCallTimeout timeout(
+      std::max(std::chrono::ceil<std::chrono::milliseconds>(wait.Remaining()), kLeastToTry));
   for (const std::string_view part : parts) {
-    if (!WriteInTime(descriptor, part, patience, limit)) return;
+    if (!WriteInTime(descriptor, part, wait, timeout)) return;
   }
 }
 

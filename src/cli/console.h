@@ -5,9 +5,9 @@
 
 namespace KELP::Wifi::Updater {
 
-/// Writes `parts`, one behind the other, unbuffered. A stream that cannot be written to loses the text, from
-/// the part that fails on, and so does one that nobody reads for longer than the run's Patience lasts; needs
-/// no memory, so that running out of it can be reported.
+/// Writes `parts`, one after the other, unbuffered. A stream that cannot be written to loses the text, from
+/// the part that fails on, and so does one that nobody reads until ReportWaitBudget is used up. Needs no
+/// memory, so that running out of it can be reported.
 void WriteToStandardOutput(std::initializer_list<std::string_view> parts) noexcept;
 void WriteToStandardError(std::initializer_list<std::string_view> parts) noexcept;
 

@@ -16,6 +16,7 @@
 
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
+#include "tests/support/hang_guard.h"
 #include "tests/support/without_file_privileges.h"
 
 namespace KELP::Wifi {
@@ -27,6 +28,7 @@ constexpr const char* kFile = "/etc/file";
 
 /// The error number of a read that has to fail, and whose text is the path and the cause.
 int ErrorOfReading(const std::string& path, std::size_t size_limit = kNoSizeLimit) {
+  const testing_support::HangGuard guard("reading " + path);
   try {
     ReadRegularFile(path, size_limit);
   } catch (const std::system_error& error) {

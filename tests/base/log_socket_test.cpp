@@ -7,18 +7,20 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
-#include "base/patience.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/base/log_daemon.h"
-#include "tests/support/child_process.h"
+#include "tests/support/hang_guard.h"
 
 namespace KELP::Wifi {
 namespace {
@@ -31,7 +33,11 @@ using namespace std::string_literals;
 
 class LogSocket : public ::testing::Test {
  protected:
-  static void Send(const std::string& message) { SendToLog(message.c_str(), message.size()); }
+  /// A message may wait for `limit`, all of a test together for ten seconds.
+  LogResult Send(const std::string& message, OutputWait::Time limit = 2s) {
+    OutputWait wait(budget_, limit);
+    return SendToLog(message.c_str(), message.size(), wait);
+  }
 
   /// Puts a daemon that has just been started in the place of the one before.
   const LogDaemon& Start(int type) {
@@ -42,6 +48,8 @@ class LogSocket : public ::testing::Test {
   lab::PrivateRoot device_;
   lab::InRoot inside_{device_};
   std::optional<LogDaemon> daemon_;
+  OutputWaitBudget budget_{10s};
+  testing_support::HangGuard guard_{"sending to the log"};
 };
 
 TEST_F(LogSocket, DatagramsAreTheMessagesInOrder) {
@@ -94,105 +102,164 @@ TEST_F(LogSocket, MessagesWithoutADaemonAreLostAndALaterOneArrives) {
   EXPECT_THAT(daemon_->Datagrams(), ElementsAre("found"));
 }
 
-TEST_F(LogSocket, DaemonThatReadsLateGetsEverything) {
-  testing_support::ExpectInChild([&] {
-    const LogDaemon& daemon = Start(SOCK_DGRAM);
-    std::vector<std::string> got;
-    std::atomic<bool> done = false;
-    std::thread reader([&] {
-      std::this_thread::sleep_for(100ms);
-      for (bool last = false; !last;) {
-        last = done;
-        for (std::string& message : daemon.Datagrams()) got.push_back(std::move(message));
-      }
-    });
-    std::vector<std::string> sent;
-    for (int i = 0; i < 1000; ++i)
-      sent.push_back(std::to_string(i) + std::string(i % 100 == 0 ? 131'072 : 0, 'x'));
-    for (const std::string& message : sent) Send(message);
-    done = true;
-    reader.join();
-    EXPECT_TRUE(got == sent) << got.size();
+/// Calls `read` after some time, and again whenever it returns, until it has been called once more after
+/// `send` is done.
+template <typename Read, typename Send>
+void ReadLate(Read read, Send send, std::chrono::milliseconds asleep = 100ms) {
+  std::atomic<bool> done = false;
+  std::thread reader([&] {
+    std::this_thread::sleep_for(asleep);
+    for (bool last = false; !last;) {
+      last = done;
+      read();
+    }
   });
+  send();
+  done = true;
+  reader.join();
+}
+
+TEST_F(LogSocket, DaemonThatReadsLateGetsEverything) {
+  const LogDaemon& daemon = Start(SOCK_DGRAM);
+  std::vector<std::string> sent;
+  for (int i = 0; i < 1000; ++i)
+    sent.push_back(std::to_string(i) + std::string(i % 100 == 0 ? 131'072 : 0, 'x'));
+  std::vector<std::string> got;
+  ReadLate([&] { std::ranges::move(daemon.Datagrams(), std::back_inserter(got)); },
+           [&] {
+             for (const std::string& message : sent) EXPECT_EQ(Send(message), LogResult::Taken);
+           });
+  EXPECT_TRUE(got == sent) << got.size();
 }
 
 TEST_F(LogSocket, DaemonOfStreamsThatReadsLateGetsEverything) {
-  testing_support::ExpectInChild([&] {
-    const LogDaemon& daemon = Start(SOCK_STREAM);
-    std::string got;
-    std::thread reader([&] {
-      std::this_thread::sleep_for(100ms);
-      const UniqueFd connection(::accept4(daemon.Socket(), nullptr, nullptr, SOCK_CLOEXEC));
-      std::string buffer(1 << 20, '\0');
-      while (!got.ends_with("last\0"s)) {
-        const ssize_t size = ::recv(connection.Get(), buffer.data(), buffer.size(), 0);
-        if (size <= 0) return;
-        got.append(buffer, 0, static_cast<std::size_t>(size));
-      }
-    });
-    std::string sent;
-    for (int i = 0; i < 10; ++i) {
-      const std::string message(130'000, static_cast<char>('a' + i));
-      sent += message + '\0';
-      Send(message);
-    }
-    Send("last");
-    reader.join();
-    EXPECT_TRUE(got == sent + "last\0"s) << got.size();
-  });
+  const LogDaemon& daemon = Start(SOCK_STREAM);
+  std::string sent;
+  std::string got;
+  lab::Descriptor connection;
+  ReadLate([&] { got += daemon.ReadFrom(connection); },
+           [&] {
+             for (int i = 0; i < 10; ++i) {
+               const std::string message(130'000, static_cast<char>('a' + i));
+               sent += message + '\0';
+               EXPECT_EQ(Send(message), LogResult::Taken);
+             }
+           });
+  EXPECT_TRUE(got == sent) << got.size();
 }
 
-/// Sends for as long as there is patience.
-template <typename Send>
-void WearOut(Send send) {
-  while (Patience().Left() > 0s) send();
+// The kernel wakes a sender only once most of its buffer has been read.
+TEST_F(LogSocket, LongMessagesAreAllTakenByADaemonThatReadsSlowly) {
+  for (const int type : {SOCK_DGRAM, SOCK_STREAM}) {
+    const LogDaemon& daemon = Start(type);
+    const std::string message(25'000, 'm');
+    lab::Descriptor connection;
+    ReadLate(
+        [&] {
+          std::this_thread::sleep_for(400ms);
+          daemon.ReadOne(connection, message.size() + 1);
+        },
+        [&] {
+          for (int i = 0; i < 14; ++i) EXPECT_EQ(Send(message), LogResult::Taken) << type << ' ' << i;
+        });
+  }
 }
 
-TEST_F(LogSocket, DaemonThatNeverReadsCostsThePatienceAndItsLines) {
-  testing_support::ExpectInChild([&] {
-    const LogDaemon& daemon = Start(SOCK_DGRAM);
-    WearOut([] { Send("unread"); });
-    for (int i = 0; i < 1000; ++i) Send("lost");
-    EXPECT_THAT(daemon.Datagrams(), ::testing::Each("unread"));
-    Send("found");
-    EXPECT_THAT(daemon.Datagrams(), ElementsAre("found"));
-  });
+TEST_F(LogSocket, DaemonThatNeverReadsCostsTheWaitAndTheMessagesBehindIt) {
+  const LogDaemon& daemon = Start(SOCK_DGRAM);
+  while (Send("unread", 50ms) == LogResult::Taken) {
+  }
+  EXPECT_LT(budget_.Remaining(), 10s);
+  for (int i = 0; i < 1000; ++i) EXPECT_EQ(Send("lost", 0s), LogResult::NoRoom);
+  EXPECT_THAT(daemon.Datagrams(), ::testing::Each("unread"));
+  EXPECT_EQ(Send("found", 0s), LogResult::Taken);
+  EXPECT_THAT(daemon.Datagrams(), ElementsAre("found"));
 }
 
-TEST_F(LogSocket, DaemonOfStreamsThatNeverReadsCostsThePatienceAndItsLines) {
-  testing_support::ExpectInChild([&] {
-    const LogDaemon& daemon = Start(SOCK_STREAM);
-    const std::string line(1000, 'u');
-    WearOut([&] { Send(line); });
-    for (int i = 0; i < 1000; ++i) Send("lost");
-    std::string whole = daemon.Streams().at(0);
-    EXPECT_GT(whole.size(), 10'000U);
-    // Only the last line before the end of the connection may be a part.
-    for (; whole.size() > line.size(); whole.erase(0, line.size() + 1)) {
-      ASSERT_TRUE(whole.starts_with(line + '\0'));
-    }
-    EXPECT_EQ(whole.find_first_not_of('u'), std::string::npos);
-    daemon.Streams();
-    Send("found");
-    EXPECT_THAT(daemon.Streams(), ElementsAre("found\0"s));
-  });
+TEST_F(LogSocket, DaemonOfStreamsThatNeverReadsCostsTheWaitAndTheMessagesBehindIt) {
+  const LogDaemon& daemon = Start(SOCK_STREAM);
+  const std::string line(1000, 'u');
+  while (Send(line, 50ms) == LogResult::Taken) {
+  }
+  std::string whole = daemon.Streams().at(0);
+  EXPECT_GT(whole.size(), 10'000U);
+  // Only the last line before the end of the connection may be a part.
+  for (; whole.size() > line.size(); whole.erase(0, line.size() + 1)) {
+    ASSERT_TRUE(whole.starts_with(line + '\0'));
+  }
+  EXPECT_EQ(whole.find_first_not_of('u'), std::string::npos);
+  daemon.Streams();
+  EXPECT_EQ(Send("found"), LogResult::Taken);
+  EXPECT_THAT(daemon.Streams(), ElementsAre("found\0"s));
 }
 
-TEST_F(LogSocket, DaemonOfStreamsThatTakesNoConnectionCostsThePatienceAndItsLines) {
-  testing_support::ExpectInChild([&] {
-    const LogDaemon& daemon = Start(SOCK_STREAM);
-    std::vector<UniqueFd> waiting;  // until there is no room for another
-    const sockaddr address{AF_UNIX, "/dev/log"};
-    do {
-      waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    } while (::connect(waiting.back().Get(), &address, sizeof address) == 0);
-    ASSERT_EQ(errno, EAGAIN);
-    WearOut([] { Send("lost"); });
-    for (int i = 0; i < 1000; ++i) Send("lost");
-    EXPECT_THAT(daemon.Streams(), ::testing::Each(""));
-    Send("found");
-    EXPECT_THAT(daemon.Streams(), ElementsAre("found\0"s));
-  });
+TEST_F(LogSocket, MessageThatADaemonOfStreamsTakesInPartEndsItsConnection) {
+  const LogDaemon& daemon = Start(SOCK_STREAM);
+  EXPECT_EQ(Send(std::string(1'000'000, 't'), 50ms), LogResult::NoRoom);
+  EXPECT_EQ(Send("next", 0s), LogResult::Taken);
+  const std::vector<std::string> connections = daemon.Streams();
+  ASSERT_EQ(connections.size(), 2U);
+  EXPECT_GT(connections[0].size(), 1000U);
+  EXPECT_EQ(connections[0].find_first_not_of('t'), std::string::npos);
+  EXPECT_EQ(connections[1], "next\0"s);
+}
+
+TEST_F(LogSocket, MessageIsNotWaitedForLongerBecauseTheDaemonReadsPartOfIt) {
+  const LogDaemon& daemon = Start(SOCK_STREAM);
+  lab::Descriptor connection;
+  ReadLate(
+      [&] {
+        std::this_thread::sleep_for(10ms);
+        daemon.ReadOne(connection, 64UL * 1024);
+      },
+      [&] { EXPECT_EQ(Send(std::string(30'000'000, 'p'), 200ms), LogResult::NoRoom); });
+}
+
+TEST_F(LogSocket, DaemonOfStreamsThatTakesNoConnectionCostsTheWaitAndTheMessages) {
+  const LogDaemon& daemon = Start(SOCK_STREAM);
+  const std::vector<lab::Descriptor> waiting = daemon.FillBacklog();
+  EXPECT_EQ(Send("lost", 50ms), LogResult::NoRoom);
+  EXPECT_LT(budget_.Remaining(), 10s);
+  for (int i = 0; i < 1000; ++i) EXPECT_EQ(Send("lost", 0s), LogResult::NoRoom);
+  EXPECT_THAT(daemon.Streams(), ::testing::Each(""));
+  EXPECT_EQ(Send("found", 0s), LogResult::Taken);
+  EXPECT_THAT(daemon.Streams(), ElementsAre("found\0"s));
+}
+
+TEST_F(LogSocket, DaemonOfStreamsThatTakesConnectionsLateGetsEverything) {
+  const LogDaemon& daemon = Start(SOCK_STREAM);
+  const std::vector<lab::Descriptor> waiting = daemon.FillBacklog();
+  std::string got;
+  std::vector<lab::Descriptor> connections;  // open until all has been sent
+  ReadLate(
+      [&] {
+        lab::Descriptor next;
+        got += daemon.ReadFrom(next);
+        if (next.IsOpen()) connections.push_back(std::move(next));
+        for (lab::Descriptor& connection : connections) got += daemon.ReadFrom(connection);
+      },
+      [&] { EXPECT_EQ(Send("late"), LogResult::Taken); }, 1300ms);
+  EXPECT_EQ(got, "late\0"s);
+}
+
+TEST_F(LogSocket, MessagesAreTooLongForDatagramsButNeverForStreams) {
+  const std::string message(5'000'000, 'l');
+  Start(SOCK_DGRAM);
+  EXPECT_EQ(Send(message), LogResult::TooLong);
+  EXPECT_THAT(daemon_->Datagrams(), IsEmpty());
+  const LogDaemon& daemon = Start(SOCK_STREAM);
+  std::string got;
+  lab::Descriptor connection;
+  ReadLate([&] { got += daemon.ReadFrom(connection); }, [&] { EXPECT_EQ(Send(message), LogResult::Taken); });
+  EXPECT_TRUE(got == message + '\0') << got.size();
+}
+
+TEST_F(LogSocket, MessagesWithoutADaemonDoNotWait) {
+  EXPECT_EQ(Send("heard"), LogResult::Taken);
+  Start(SOCK_DGRAM);
+  daemon_.reset();
+  EXPECT_EQ(Send("lost"), LogResult::Lost);
+  EXPECT_EQ(budget_.Remaining(), 10s);
 }
 
 /// The sockets of this process that a program it starts would get.

@@ -1,17 +1,22 @@
 #include "base/log.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
-#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <string>
-#include <vector>
+#include <thread>
 
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
+#include "tests/base/log_daemon.h"
+#include "tests/support/child_process.h"
 
 namespace KELP::Wifi {
 namespace {
+
+using namespace std::chrono_literals;
 
 class LogTest : public ::testing::Test {
  protected:
@@ -68,7 +73,8 @@ TEST_F(LogTest, BytesAbove0x7FArriveAsTheyAre) {
 TEST_F(LogTest, LinesOfEveryUsualLengthArriveWhole) {
   lab::InRoot inside(device_);
   const std::string start = "kelpwifiupdater:1 ";
-  for (const std::size_t length : {1000U, 1022U, 1023U, 1024U, 1025U, 2048U, 8192U, 65'536U, 100'000U}) {
+  for (const std::size_t length : {1000U, 1022U, 1023U, 1024U, 1025U, 2048U, 65'536U, 131'071U, 131'072U,
+                                   131'073U, 140'000U, 200'000U}) {
     const std::string word(length - start.size(), 'w');
     Log(LOG_ERR, "%s:%d %s", 1, word.c_str());
     const auto lines = inside.Log();
@@ -77,28 +83,16 @@ TEST_F(LogTest, LinesOfEveryUsualLengthArriveWhole) {
   }
 }
 
-TEST_F(LogTest, LineOf200KBArrivesCut) {
+TEST_F(LogTest, LineThatTheSocketDoesNotTakeIsCutAt128KiB) {
   lab::InRoot inside(device_);
-  const std::string word(200 * 1024, 'w');
+  const std::string word(5'000'000, 'w');
   Log(LOG_ERR, "%s:%d Invalid security mode: %s, select wpa2.", 760, word.c_str());
   const auto lines = inside.Log();
   ASSERT_EQ(lines.size(), 1U);
   const std::string whole = "kelpwifiupdater:760 Invalid security mode: " + word + ", select wpa2.";
-  EXPECT_EQ(lines[0].message.size(), 128U * 1024U);
+  EXPECT_EQ(lines[0].message.size(), 131'072U);
   EXPECT_TRUE(whole.starts_with(lines[0].message));
   EXPECT_EQ(lines[0].severity, LOG_ERR);
-}
-
-TEST_F(LogTest, CutStandsAt128KiBAndNotBefore) {
-  lab::InRoot inside(device_);
-  const std::string start = "kelpwifiupdater:1 ";
-  for (const std::size_t length : {131'071U, 131'072U, 131'073U}) {
-    const std::string word(length - start.size(), 'w');
-    Log(LOG_ERR, "%s:%d %s", 1, word.c_str());
-    const auto lines = inside.Log();
-    ASSERT_EQ(lines.size(), 1U) << length;
-    EXPECT_EQ(lines[0].message.size(), std::min<std::size_t>(length, 131'072U));
-  }
 }
 
 TEST_F(LogTest, ManyLinesArriveInOrder) {
@@ -121,6 +115,67 @@ TEST_F(LogTest, WithoutADaemonTheLineIsLostAndNothingElseHappens) {
   const auto lines = inside.Log();
   ASSERT_EQ(lines.size(), 1U);
   EXPECT_EQ(lines[0].message, "kelpwifiupdater:2 found");
+}
+
+/// What is left for all lines and for the report once somebody else has filled the socket, nobody reads it
+/// and `log` has logged.
+template <typename LogSomething>
+void ExpectLeft(OutputWait::Time least, OutputWait::Time most, OutputWaitBudget& budget,
+                OutputWaitBudget& other, LogSomething log) {
+  testing_support::ExpectInChild([&] {
+    lab::PrivateRoot device;
+    const lab::InRoot inside(device);
+    const testing_support::LogDaemon daemon(SOCK_DGRAM);
+    daemon.Fill();
+    const auto left_of_other = other.Remaining();
+    log(daemon);
+    EXPECT_GE(budget.Remaining(), least);
+    EXPECT_LE(budget.Remaining(), most);
+    EXPECT_EQ(other.Remaining(), left_of_other);
+  });
+}
+
+TEST(LogWaits, LineThatWaitsInVainIsTheLastThatWaits) {
+  ExpectLeft(0s, 0s, LogWaitBudget(), ReportWaitBudget(), [](auto& daemon) {
+    Log(LOG_ERR, "%s:%d lost", 1);
+    daemon.Datagrams();
+    Log(LOG_ERR, "%s:%d found", 2);
+    const auto got = daemon.Datagrams();
+    ASSERT_EQ(got.size(), 1U);
+    EXPECT_TRUE(got[0].ends_with("kelpwifiupdater:2 found"));
+  });
+}
+
+TEST(LogWaits, LineThatFindsRoomLeavesTheOthersTheirTime) {
+  ExpectLeft(1us, 10s - 100ms, LogWaitBudget(), ReportWaitBudget(), [](auto& daemon) {
+    std::thread reader([&] {
+      std::this_thread::sleep_for(100ms);
+      daemon.Datagrams();
+    });
+    Log(LOG_ERR, "%s:%d late", 1);
+    reader.join();
+    EXPECT_EQ(daemon.Datagrams().size(), 1U);
+  });
+}
+
+TEST(LogWaits, ReportWaitsForHalfOfItsOwnTimeAndThenForTheRest) {
+  ExpectLeft(1us, 2500ms, ReportWaitBudget(), LogWaitBudget(),
+             [](auto&) { EXPECT_EQ(LogReport("%s:%d lost", 1), LogResult::NoRoom); });
+  ExpectLeft(0s, 0s, ReportWaitBudget(), LogWaitBudget(), [](auto&) {
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(LogReport("%s:%d lost", 1), LogResult::NoRoom);
+  });
+}
+
+TEST_F(LogTest, ReportThatTheSocketDoesNotTakeIsNotCut) {
+  lab::InRoot inside(device_);
+  EXPECT_EQ(LogReport("%s:%d %s", 954, std::string(5'000'000, 'w').c_str()), LogResult::TooLong);
+  EXPECT_EQ(inside.Log().size(), 0U);
+  const std::string word(140'000, 'w');
+  EXPECT_EQ(LogReport("%s:%d %s", 954, word.c_str()), LogResult::Taken);
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_TRUE(lines[0].message == "kelpwifiupdater:954 " + word);
+  EXPECT_EQ(lines[0].severity, LOG_ERR);
 }
 
 }  // namespace

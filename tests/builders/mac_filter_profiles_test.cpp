@@ -167,6 +167,11 @@ TEST_F(ReadMACFilterDevicesTest, FolderInTheFilesPlaceIsLogged) {
             LogLines{Error(530, "Failed to enum section from /etc/hostapd/mac_filter/mf_allow.conf")});
 }
 
+TEST_F(ReadMACFilterDevicesTest, FileWithCRLFHasNoSectionAndNothingIsLogged) {
+  EXPECT_EQ(ReadText("[1]\r\nenable=yes\r\nmac=00:11:22:33:44:55\r\n"), Devices{});
+  EXPECT_EQ(device_.Log(), LogLines{});
+}
+
 // BuildMACFilterProfiles
 
 class BuildMACFilterProfilesTest : public MACFilterTest {

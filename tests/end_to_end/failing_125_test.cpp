@@ -111,6 +111,17 @@ TEST_F(Failing125, WifiFolderThatMayNotBeSearchedFailsTheSkipRule) {
   ExpectUntouched(run);
 }
 
+TEST_F(Failing125, FilterFolderThatMayNotBeSearchedFailsTheArchiveOnly) {
+  device_.SetMode("/etc/hostapd/mac_filter", 0000);
+  lab::RunOptions options;
+  options.drop_file_privileges = true;
+  EXPECT_THAT(Fail(options), HasSubstr("filesystem error: cannot rename"));
+  for (const char* document :
+       {"global.json", "misc.json", "radio.json", "wps.json", "network.json.default"}) {
+    EXPECT_TRUE(device_.Exists(kWifi + document)) << document;
+  }
+}
+
 TEST_F(Failing125, FolderAtTheRadioDocument) {
   device_.MakeDirectory(kWifi + "radio.json");
   EXPECT_THAT(Fail(), HasSubstr(kWifi + "radio.json"));

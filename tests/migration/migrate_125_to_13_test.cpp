@@ -91,7 +91,9 @@ TEST_F(Migrate125To13Test, DeviceListsAreReadAndStay) {
 TEST_F(Migrate125To13Test, DocumentsAreForNobodyElsesEyes) {
   Migrate();
   const lab::Tree tree = device_.Files().Snapshot();
-  for (const std::string& name : DocumentsWritten()) {
+  const auto documents = DocumentsWritten();
+  EXPECT_EQ(documents.size(), 5U);
+  for (const std::string& name : documents) {
     EXPECT_EQ(tree.at(std::string(kFolder) + "/" + name).mode, 0600U) << name;
   }
 }

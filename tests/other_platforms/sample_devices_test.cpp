@@ -1,5 +1,6 @@
 // The program over the second platform, on the sample devices: everything is stored, spelt and told otherwise
 // there, and what the program does is the same.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -191,6 +192,34 @@ TEST(SecondPlatformFailures, DocumentThatIsNotSavedEndsTheRunInThePlatformsWords
   end_to_end::ExpectFailure(run, "8000", kWifi + "radio.json is not saved: second platform, error 2");
   EXPECT_TRUE(run.after.contains(kWifi + "misc.json"));
   EXPECT_FALSE(run.after.contains(kWifi + "wps.json"));
+}
+
+// Half a filter would admit or refuse the wrong stations unnoticed.
+TEST(SecondPlatformMemory, LeavesNoListRatherThanHalfAListWhereMemoryRunsOut) {
+  if (lab::kSanitizedBuild) GTEST_SKIP() << "the sanitizers reserve an address space of their own";
+  std::string list;
+  for (unsigned i = 0; i < 400; ++i) {
+    list += "[" + std::string(900, 'n') + std::to_string(1000 + i) + "]\nenable=yes\nmac=02:00:00:00:00:01\n";
+  }
+  int whole = 0;
+  int none = 0;
+  for (rlim_t limit = 262'144; whole < 3; limit += 8192) {
+    ASSERT_LT(limit, 16'000'000U);
+    SecondDevice device("dual-band-standalone");
+    device.Write(end_to_end::kFilters + "mf_deny.conf", list);
+    device.Remove(end_to_end::kFilters + "mf_allow.conf");
+    lab::RunOptions options;
+    options.rlimits = {{RLIMIT_DATA, limit}};
+    const lab::RunResult run = end_to_end::UpdateFrom(device, "8000", options);
+    const auto misc = run.after.find(kWifi + "misc.json");
+    if (misc == run.after.end()) continue;
+    const bool has_list = misc->second.content.find("Primary Network - Deny") != std::string::npos;
+    ++(has_list ? whole : none);
+    if (has_list) {
+      EXPECT_THAT(misc->second.content, ::testing::HasSubstr(" of 400 ")) << limit;
+    }
+  }
+  EXPECT_GT(none, 0);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@
 #include <utility>
 #include <vector>
 
+#include "lab/images/descriptor.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/base/small_disk.h"
@@ -32,6 +33,7 @@ namespace {
 using namespace std::string_literals;
 
 constexpr const char* kConfiguration = "/etc/fw_env.config";
+constexpr const char* kLock = "/var/lock/fw_printenv.lock";
 constexpr std::size_t kSize = 0x1000;
 
 std::uint32_t CRC32(std::string_view bytes) {
@@ -92,7 +94,7 @@ class BootEnvironment : public ::testing::Test {
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
   }
 
-  bool WasLibraryAsked() { return device_.Exists("/var/lock/fw_printenv.lock"); }
+  bool WasLibraryAsked() { return device_.Exists(kLock); }
 
   lab::PrivateRoot device_;
 };
@@ -241,10 +243,16 @@ TEST_F(BootEnvironment, EnvironmentWithoutRoomForAVariableIsZeroOrNegativeButNev
   device_.Write("/dev/environment", Environment("", "", 6));
   device_.Write(kConfiguration, "/dev/environment 0x0 0x6\n");
   EXPECT_EQ(Ask(), 0);
+  device_.Remove(kLock);
   for (const char* const size : {"0x5", "0x4", "0x1", "0x0", "0x1000001", "-1"}) {
     device_.Write(kConfiguration, "/dev/environment 0x0 "s + size + "\n");
     EXPECT_EQ(Ask(), -1) << size;
+    EXPECT_FALSE(WasLibraryAsked()) << size;
   }
+  // The largest one; its file is shorter.
+  device_.Write(kConfiguration, "/dev/environment 0x0 0x1000000\n");
+  EXPECT_EQ(Ask(), -1);
+  EXPECT_TRUE(WasLibraryAsked());
 }
 
 TEST_F(BootEnvironment, LineWithAHashInFrontIsNoEnvironmentWhateverItSays) {
@@ -310,17 +318,17 @@ TEST_F(BootEnvironment, LockThatIsNeverLetGoIsNegativeAndNothingIsLeftOfTheWait)
   device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
   const int before = LowestFreeDescriptor();
   {
-    const LockHolder holder(HostPath("/var/lock/fw_printenv.lock"));
+    const LockHolder holder(HostPath(kLock));
     EXPECT_EQ(Ask(), -1);
   }
   EXPECT_EQ(LowestFreeDescriptor(), before);
   EXPECT_EQ(Ask(), 1);
-  const LockHolder next(HostPath("/var/lock/fw_printenv.lock"));
+  const LockHolder next(HostPath(kLock));
 }
 
 TEST_F(BootEnvironment, LockThatIsLetGoAfterASecondIsWaitedFor) {
   device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
-  LockHolder holder(HostPath("/var/lock/fw_printenv.lock"));
+  LockHolder holder(HostPath(kLock));
   std::thread other([&] {
     std::this_thread::sleep_for(std::chrono::seconds(1));
     device_.Write("/dev/environment", Environment("usb3_disable=0\0"s));
@@ -336,7 +344,7 @@ TEST_F(BootEnvironment, SignalDoesNotEndTheWaitForTheLock) {
   struct sigaction earlier {};
   ASSERT_EQ(::sigaction(SIGUSR1, &action, &earlier), 0);
   device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
-  LockHolder holder(HostPath("/var/lock/fw_printenv.lock"));
+  LockHolder holder(HostPath(kLock));
   std::thread other([&, waiting = ::pthread_self()] {
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     ::pthread_kill(waiting, SIGUSR1);
@@ -350,9 +358,14 @@ TEST_F(BootEnvironment, SignalDoesNotEndTheWaitForTheLock) {
 }
 
 TEST_F(BootEnvironment, FIFOInPlaceOfTheLockOrTheDeviceIsNegative) {
-  device_.MakeFifo("/var/lock/fw_printenv.lock");
-  EXPECT_EQ(Ask(), -1);
-  device_.Remove("/var/lock/fw_printenv.lock");
+  device_.Write("/dev/environment", Environment("usb3_disable=1\0"s));
+  device_.MakeFifo(kLock);
+  {
+    // Where the library came as far as the lock, a reader of it would let it go on.
+    const lab::Descriptor reader(::open(HostPath(kLock).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    EXPECT_EQ(Ask(), -1);
+  }
+  device_.Remove(kLock);
   device_.Remove("/dev/environment");
   device_.MakeFifo("/dev/environment");
   EXPECT_EQ(Ask(), -1);

@@ -1,5 +1,6 @@
 #include "platform/core_utilities.h"
 
+#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -82,45 +83,58 @@ static char* Header(char* line) {
   return line + 1;
 }
 
-int KLIBCFileEnumSection(const char* path, KLIBCSzList** list) {
+int ReadSectionNames(const char* path, KLIBCSzList** list) {
   KLIBCSzList* const names = KLIBCSzListAlloc(0);
   FILE* const file = fopen(path, "r");
   if (names == NULL || file == NULL) {
+    const int result = names == NULL || errno == ENOMEM ? kNoMemory : -5;
     if (file != NULL) fclose(file);
     KLIBCSzListFree(names);
-    return -5;
+    return result;
   }
   char line[kLongestLine];
-  while (NextLine(file, line) != NULL) {
+  int is_whole = 1;
+  while (is_whole && NextLine(file, line) != NULL) {
     const char* const name = Header(line);
-    if (name != NULL) Append(names, name);
+    if (name != NULL) is_whole = Append(names, name);
   }
+  is_whole = is_whole && !ferror(file);  // its buffer needs memory, too
   fclose(file);
+  if (!is_whole) {
+    KLIBCSzListFree(names);
+    return kNoMemory;
+  }
   KLIBCSzListFree(*list);
   *list = names;
   return names->count;
 }
 
-int KLIBCFileGetSection(const char* path, const char* name, KLIBCSzHash** table) {
+int ReadSectionEntries(const char* path, const char* name, KLIBCSzHash** table) {
   KLIBCSzHash* const entries = KLIBCSzHashAlloc(0);
   FILE* const file = fopen(path, "r");
   if (entries == NULL || file == NULL) {
+    const int result = entries == NULL || errno == ENOMEM ? kNoMemory : -5;
     if (file != NULL) fclose(file);
     KLIBCSzHashFree(entries);
-    return -5;
+    return result;
   }
   char line[kLongestLine];
   int inside = 0;
-  while (NextLine(file, line) != NULL) {
+  int is_whole = 1;
+  while (is_whole && NextLine(file, line) != NULL) {
     const char* const header = Header(line);
     if (header != NULL) inside = strcmp(header, name) == 0;
     char* const equals = strchr(line, '=');
     if (!inside || header != NULL || equals == NULL) continue;
     *equals = '\0';
-    Append(&entries->pairs, line);
-    Append(&entries->pairs, equals + 1);
+    is_whole = Append(&entries->pairs, line) && Append(&entries->pairs, equals + 1);
   }
+  is_whole = is_whole && !ferror(file);
   fclose(file);
+  if (!is_whole) {
+    KLIBCSzHashFree(entries);
+    return kNoMemory;
+  }
   const int is_empty = entries->pairs.count == 0;
   KLIBCSzHashFree(*table);
   *table = entries;

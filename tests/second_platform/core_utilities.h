@@ -18,8 +18,11 @@ void KLIBCSzListFree(KLIBCSzList* list);
 void KLIBCSzHashFree(KLIBCSzHash* table);
 char* KLIBCSzListGet(KLIBCSzList* list, int index);
 char* KLIBCSzHashGetValue(KLIBCSzHash* table, const char* key);
-int KLIBCFileEnumSection(const char* path, KLIBCSzList** list);
-int KLIBCFileGetSection(const char* path, const char* name, KLIBCSzHash** table);
+
+/* Negative on failure; kNoMemory where that was the reason. */
+enum { kNoMemory = -12 };
+int ReadSectionNames(const char* path, KLIBCSzList** list);
+int ReadSectionEntries(const char* path, const char* name, KLIBCSzHash** table);
 
 /* Every text that is not empty opens, to "plain text of " and its length. Success is 2. */
 int KLIBCryptSzDecrypt(const char* stored, char* buffer, size_t capacity);

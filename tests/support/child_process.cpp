@@ -13,6 +13,7 @@
 
 #include "lab/images/descriptor.h"
 #include "lab/images/file_copy.h"
+#include "tests/support/hang_guard.h"
 
 namespace testing_support {
 namespace {
@@ -53,6 +54,7 @@ std::string InChild(const std::function<std::string()>& operation) {
 
 void ExpectInChild(const std::function<void()>& body) {
   EXPECT_EQ(InChild([&] {
+              const HangGuard guard("the body in the child process");
               body();
               return std::string(::testing::Test::HasFailure() ? "failed" : "passed");
             }),

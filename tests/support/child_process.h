@@ -8,8 +8,8 @@ namespace testing_support {
 /// What `operation` gives in a child process, or the text of its exception.
 std::string InChild(const std::function<std::string()>& operation);
 
-/// Runs a test's body, expectations and all, in a child process: for one that uses up what the process has
-/// only once, such as the patience of a run.
+/// Runs a test's body, expectations and all, in a child process, with a HangGuard: for one that uses up what
+/// the process has only once, such as the time for waiting.
 void ExpectInChild(const std::function<void()>& body);
 
 /// As InChild, as a user without any privilege. Only root can become one: see MayBecomeOrdinaryUser().

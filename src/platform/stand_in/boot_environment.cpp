@@ -18,8 +18,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/blocking_call_timeout.h"
 #include "base/file_content.h"
-#include "base/wait_limit.h"
 #include "platform/stand_in/text/entry_lines.h"
 
 namespace {
@@ -128,14 +128,14 @@ int AskOnce() {
 
 int KELPUSBGetUSB3DisableUbootEnv() {
   if (!IsConfigurationUsable()) return -1;
-  const KELP::Wifi::WaitLimit limit(kLongestWait);
-  if (!limit.IsSet()) return -1;
+  const KELP::Wifi::BlockingCallTimeout timeout(kLongestWait);
+  if (!timeout.IsSet()) return -1;
   int answer = -1;
   do {  // the library takes a read that a signal interrupts for a failed one, and goes on without its lock
     errno = 0;
     answer = AskOnce();
     // cppcheck-suppress knownConditionTrueFalse  ; a signal changes it
-    if (limit.IsOver()) return -1;
+    if (timeout.HasExpired()) return -1;
   } while (errno == EINTR);
   return answer;
 }

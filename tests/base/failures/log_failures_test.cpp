@@ -3,19 +3,20 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
+#include <limits>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "base/log.h"
-#include "base/unique_fd.h"
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/base/log_daemon.h"
 #include "tests/support/failing_allocation.h"
 #include "tests/support/failing_calls.h"
+#include "tests/support/hang_guard.h"
 
 namespace KELP::Wifi {
 namespace {
@@ -53,22 +54,52 @@ TEST(LogFailures, LineThatCannotBeFormattedIsLostAndNothingElse) {
   EXPECT_EQ(lines[0].message, "kelpwifiupdater:2 found");
 }
 
-TEST(LogFailures, DaemonThatTakesNoConnectionIsNotWaitedForWhereTheWaitCannotBeBounded) {
+TEST(LogFailures, LongerLineIsCutAt128KiBWhereThereIsNoMemory) {
+  lab::PrivateRoot device;
+  lab::InRoot inside(device);
+  const std::string word(140'000, 'w');
+  {
+    const testing_support::FailingAllocation failing;
+    Log(LOG_ERR, "%s:%d %s", 776, word.c_str());
+    EXPECT_EQ(LogReport("%s:%d %s", 954, word.c_str()), LogResult::TooLong);
+    EXPECT_EQ(testing_support::FailingAllocation::Failed(), 2);
+  }
+  const auto lines = inside.Log();
+  ASSERT_EQ(lines.size(), 1U);
+  EXPECT_EQ(lines[0].message.size(), 131'072U);
+  EXPECT_TRUE(("kelpwifiupdater:776 " + word).starts_with(lines[0].message));
+}
+
+TEST(LogFailures, SocketIsNotWaitedForWhereTheWaitCannotBeBounded) {
   lab::PrivateRoot device;
   const lab::InRoot inside(device);
-  const testing_support::LogDaemon daemon(SOCK_STREAM);
-  std::vector<UniqueFd> waiting;  // until there is no room for another
-  const sockaddr address{AF_UNIX, "/dev/log"};
-  do {
-    waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  } while (::connect(waiting.back().Get(), &address, sizeof address) == 0);
-  ASSERT_EQ(errno, EAGAIN);
-
+  const testing_support::HangGuard guard("logging without a bound to the wait");
   testing_support::FailingCalls calls;
-  calls.Fail("setsockopt", ENOPROTOOPT);
-  ::alarm(30);  // it would wait for ever
-  Log(LOG_ERR, "%s:%d lost", 1);
-  ::alarm(0);
+  calls.Fail("setsockopt", ENOPROTOOPT, 1, std::numeric_limits<int>::max());
+  {
+    const testing_support::LogDaemon daemon(SOCK_STREAM);
+    const auto waiting = daemon.FillBacklog();
+    EXPECT_EQ(LogReport("%s:%d lost", 1), LogResult::NoRoom);
+  }
+  const testing_support::LogDaemon daemon(SOCK_DGRAM);
+  while (LogReport("%s:%d unread", 1) == LogResult::Taken) {
+  }
+}
+
+TEST(LogFailures, ConnectionMadeWithoutTimeToWaitLetsALaterLineWait) {
+  lab::PrivateRoot device;
+  const lab::InRoot inside(device);
+  const testing_support::HangGuard guard("logging to a daemon of streams");
+  const testing_support::LogDaemon daemon(SOCK_STREAM);
+  OutputWaitBudget none(std::chrono::seconds(0));
+  OutputWait no_wait(none);
+  ASSERT_EQ(SendToLog("one", 3, no_wait), LogResult::Taken);
+  OutputWaitBudget budget(std::chrono::milliseconds(200));
+  OutputWait wait(budget);
+  const std::string line(1'000'000, 'l');
+  const testing_support::FailingCalls calls;
+  EXPECT_EQ(SendToLog(line.c_str(), line.size(), wait), LogResult::NoRoom);
+  EXPECT_LT(calls.Made({"setsockopt"}).size(), 10U);  // it slept
 }
 
 /// The one datagram of a line "text" at the given moment of UTC.

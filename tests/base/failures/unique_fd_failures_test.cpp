@@ -9,7 +9,7 @@
 namespace KELP::Wifi {
 namespace {
 
-TEST(FileDescriptorFailures, WriteThatTakesNothingEndsAsOneWithoutSpace) {
+TEST(UniqueFdFailures, WriteThatTakesNothingEndsAsOneWithoutSpace) {
   const UniqueFd file(::open("/dev/null", O_WRONLY | O_CLOEXEC));
   testing_support::FailingCalls calls;
   calls.WriteAtMost(0);

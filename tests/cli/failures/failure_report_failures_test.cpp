@@ -61,5 +61,37 @@ TEST(FailureReportFailures, NeedsNoMemoryHoweverLongTheReason) {
                               954, "Failed to update config, error: " + reason + ", buildNumber: 8000")});
 }
 
+TEST(FailureReportFailures, LogWithoutRoomIsTriedAgainOnceStandardErrorHasHeard) {
+  testing_support::TestDevice device;
+  device.Run([] {
+    const testing_support::CapturedStream err(2);
+    testing_support::FailingCalls calls;
+    calls.Fail("sendto", EAGAIN);
+    calls.Fail("setsockopt", EINVAL);  // ends the wait at once
+    ReportFailure("reason", "8000");
+    EXPECT_THAT(calls.Made({"sendto", "write"}), ElementsAre("sendto", "write", "write", "write", "sendto"));
+    return 0;
+  });
+  EXPECT_EQ(device.Log(), testing_support::LogLines{testing_support::Error(
+                              954, "Failed to update config, error: reason, buildNumber: 8000")});
+}
+
+TEST(FailureReportFailures, LongReasonIsCutWhereThereIsNoMemoryAndTheBuildNumberStays) {
+  testing_support::TestDevice device;
+  const std::string reason(140'000, 'r');
+  device.Run([&] {
+    const testing_support::CapturedStream err(2);
+    {
+      const testing_support::FailingAllocation failing;
+      ReportFailure(reason.c_str(), "8000");
+    }
+    EXPECT_EQ(err.Text(), "Failed to update config, error: " + reason + "\n");
+    return 0;
+  });
+  ASSERT_EQ(device.Log().size(), 1U);
+  EXPECT_EQ(device.Log()[0].size(), std::string("err ").size() + 131'072);
+  EXPECT_TRUE(device.Log()[0].ends_with("rrr, buildNumber: 8000"));
+}
+
 }  // namespace
 }  // namespace KELP::Wifi::Updater

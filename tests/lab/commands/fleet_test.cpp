@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <set>
 #include <string>
 #include <utility>
@@ -17,6 +18,7 @@
 #include "lab/images/tar_text.h"
 #include "lab/images/tree.h"
 #include "tests/support/child_process.h"
+#include "tests/support/mounts.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lab {
@@ -253,9 +255,16 @@ class InterruptedFleets : public Fleets, public ::testing::WithParamInterface<st
     ::_exit(127);
   }
 
-  void ExpectNothingLeft(const std::string& mounts) const {
+  /// Where devices are laid out.
+  std::vector<std::string> Mounts() const {
+    std::vector<std::string> mounts = testing_support::MountsBelow("/sys");
+    std::ranges::move(testing_support::MountsBelow(folder_.Path()), std::back_inserter(mounts));
+    return mounts;
+  }
+
+  void ExpectNothingLeft(const std::vector<std::string>& mounts) const {
     EXPECT_TRUE(fs::is_empty(folder_ / "tmp"));
-    EXPECT_EQ(ReadFile("/proc/self/mounts"), mounts);
+    EXPECT_EQ(Mounts(), mounts);
     EXPECT_THAT(Lines(), IsEmpty());
   }
 
@@ -272,7 +281,7 @@ TEST_P(InterruptedFleets, LeaveNothingBehind) {
   const auto& [signal, end] = GetParam();
   const std::string build = OwnBuild("hang");
   fs::create_directory(folder_ / "tmp");
-  const std::string mounts = ReadFile("/proc/self/mounts");
+  const auto mounts = Mounts();
   const std::string rest = " --jobs 2 --output out --program " TEST_PROGRAM;
   const pid_t lab = Start("fleet devices/device-00000* --from " + build + " --limit 60" + rest);
   EXPECT_EQ(CountOf(build, "2"), "2");

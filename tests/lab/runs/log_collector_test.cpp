@@ -107,6 +107,19 @@ TEST(LogCollector, TakesLongAndEmptyDatagramsWhole) {
   EXPECT_THAT(collector.Take(), ElementsAre(LogLine{0, 0, "", text}, LogLine{}));
 }
 
+TEST(LogCollector, KeepsNoMoreThanItsBound) {
+  PrivateRoot root;
+  LogCollector collector(root);
+  const std::string text(250'000, 'x');
+  for (int i = 0; i < 80; ++i) {
+    Send(root, text);
+    collector.Drain();
+  }
+  EXPECT_EQ(collector.Take().size(), 67U);  // of 16 MiB
+  Send(root, "<11>next");
+  EXPECT_EQ(collector.Take().size(), 1U);
+}
+
 TEST(LogCollector, LeavesNoRoomWhenItIsFilled) {
   PrivateRoot root;
   LogCollector collector(root);

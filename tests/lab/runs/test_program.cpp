@@ -54,9 +54,11 @@ int Sleep(const Arguments& /*unused*/) {
   while (true) pause();
 }
 
-/// Leaves a process behind that holds the output streams open.
+/// Leaves a process behind that holds the output streams open, and prints its number.
 int LeaveBehind(const Arguments& /*unused*/) {
-  if (fork() == 0) Sleep({});
+  const pid_t child = fork();
+  if (child == 0) Sleep({});
+  std::cout << child;
   return 0;
 }
 

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -165,6 +166,9 @@ TEST_F(BootEnvironmentDevices, OtherKindsAreNoStorage) {
 }
 
 TEST_F(BootEnvironmentDevices, OneThatDoesNotAnswerIsNegativeAndNothingIsLeftOfTheWait) {
+  // Opening it makes it the terminal of a test program that leads a session without one, which then ends with
+  // it.
+  const auto earlier = ::signal(SIGHUP, SIG_IGN);
   const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   ASSERT_GE(terminal, 0);
   ASSERT_EQ(::unlockpt(terminal), 0);
@@ -190,6 +194,7 @@ TEST_F(BootEnvironmentDevices, OneThatDoesNotAnswerIsNegativeAndNothingIsLeftOfT
   }
   ASSERT_EQ(::umount2(place.c_str(), MNT_DETACH), 0);
   ::close(terminal);
+  ::signal(SIGHUP, earlier);
 }
 
 TEST_F(InterruptedBootEnvironment, IsNotAskedAtAllWithoutABoundToTheWait) {

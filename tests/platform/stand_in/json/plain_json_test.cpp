@@ -221,6 +221,8 @@ std::vector<std::string> Refused() {
       R"(["\uDFFF"])",
       R"(["\ud83d\ud83d"])",
       R"(["\ud83d\u0041"])",
+      R"(["\ud83d\udbff"])",
+      R"(["\ud83d\ue000"])",
       R"(["\ud83dx"])",
       R"(["\ud83d\n"])",
       R"(["\ud83d \ude00"])",

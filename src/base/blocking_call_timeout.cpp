@@ -1,4 +1,4 @@
-#include "base/wait_limit.h"
+#include "base/blocking_call_timeout.h"
 
 #include <unistd.h>
 
@@ -37,7 +37,7 @@ sigset_t JustTheSignal() {
 
 }  // namespace
 
-WaitLimit::WaitLimit(milliseconds limit) : end_(std::chrono::steady_clock::now() + limit) {
+BlockingCallTimeout::BlockingCallTimeout(milliseconds time) : end_(std::chrono::steady_clock::now() + time) {
   sigevent event{};
   event.sigev_notify = SIGEV_THREAD_ID;
   event.sigev_signo = SIGRTMIN;
@@ -48,7 +48,7 @@ WaitLimit::WaitLimit(milliseconds limit) : end_(std::chrono::steady_clock::now()
   action.sa_handler = DoNothing;  // and no SA_RESTART, with which calls would go on waiting
   const sigset_t signal = JustTheSignal();
   sigset_t blocked;
-  const itimerspec times{.it_interval = ToTimespec(kInterval), .it_value = ToTimespec(limit)};
+  const itimerspec times{.it_interval = ToTimespec(kInterval), .it_value = ToTimespec(time)};
   if (::sigaction(SIGRTMIN, &action, &earlier_) != 0) {
     ::timer_delete(timer_);
     return;
@@ -56,10 +56,10 @@ WaitLimit::WaitLimit(milliseconds limit) : end_(std::chrono::steady_clock::now()
   is_set_ = true;
   const bool is_unblocked = ::pthread_sigmask(SIG_UNBLOCK, &signal, &blocked) == 0;
   was_blocked_ = is_unblocked && ::sigismember(&blocked, SIGRTMIN) == 1;
-  if (!is_unblocked || ::timer_settime(timer_, 0, &times, nullptr) != 0) TakeBack();
+  if (!is_unblocked || ::timer_settime(timer_, 0, &times, nullptr) != 0) Disarm();
 }
 
-void WaitLimit::TakeBack() noexcept {
+void BlockingCallTimeout::Disarm() noexcept {
   if (!is_set_) return;
   is_set_ = false;
   const int error = errno;

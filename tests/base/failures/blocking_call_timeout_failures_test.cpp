@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-#include "base/wait_limit.h"
+#include "base/blocking_call_timeout.h"
 #include "tests/support/failing_calls.h"
 
 namespace KELP::Wifi {
@@ -19,30 +19,30 @@ bool IsSignalHandled() {
   return action.sa_handler != SIG_DFL;
 }
 
-TEST(WaitLimitFailures, WithoutATimerItIsNotSetAndTheSignalStaysAsItWas) {
+TEST(BlockingCallTimeoutFailures, WithoutATimerItIsNotSetAndTheSignalStaysAsItWas) {
   for (const char* const call : {"timer_create", "timer_settime"}) {
     FailingCalls calls;
     calls.Fail(call, EAGAIN);
-    const WaitLimit limit(1h);
-    EXPECT_FALSE(limit.IsSet()) << call;
+    const BlockingCallTimeout timeout(1h);
+    EXPECT_FALSE(timeout.IsSet()) << call;
     EXPECT_FALSE(IsSignalHandled()) << call;
   }
 }
 
-TEST(WaitLimitFailures, LeavesNoTimerBehind) {
+TEST(BlockingCallTimeoutFailures, LeavesNoTimerBehind) {
   FailingCalls calls;
-  { const WaitLimit limit(1h); }
+  { const BlockingCallTimeout timeout(1h); }
   calls.Fail("timer_settime", EINVAL);
-  { const WaitLimit limit(1h); }
+  { const BlockingCallTimeout timeout(1h); }
   EXPECT_THAT(calls.Made({"timer_create", "timer_delete"}),
               ElementsAre("timer_create", "timer_delete", "timer_create", "timer_delete"));
 }
 
-TEST(WaitLimitFailures, SignalOfATimerThatStaysIsHandledForEver) {
+TEST(BlockingCallTimeoutFailures, SignalOfATimerThatStaysIsHandledForEver) {
   {
     FailingCalls calls;
     calls.Fail("timer_delete", EINVAL);
-    const WaitLimit limit(1h);
+    const BlockingCallTimeout timeout(1h);
   }
   EXPECT_TRUE(IsSignalHandled());
   ::signal(SIGRTMIN, SIG_DFL);

@@ -1,4 +1,4 @@
-#include "base/wait_limit.h"
+#include "base/blocking_call_timeout.h"
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -7,6 +7,8 @@
 #include <array>
 #include <cerrno>
 #include <thread>
+
+#include "tests/support/hang_guard.h"
 
 namespace KELP::Wifi {
 namespace {
@@ -34,43 +36,47 @@ class Pipe {
   std::array<int, 2> ends_{};
 };
 
-TEST(WaitLimit, InterruptsTheWaitDuringWhichItIsReachedAndEveryLaterOne) {
+class BlockingCallTimeoutTest : public ::testing::Test {
+  testing_support::HangGuard guard_{"a call that the timeout has to interrupt"};
+};
+
+TEST_F(BlockingCallTimeoutTest, InterruptsTheWaitDuringWhichItIsReachedAndEveryLaterOne) {
   const Pipe pipe;
-  const WaitLimit limit(50ms);
-  ASSERT_TRUE(limit.IsSet());
-  EXPECT_FALSE(limit.IsOver());
+  const BlockingCallTimeout timeout(50ms);
+  ASSERT_TRUE(timeout.IsSet());
+  EXPECT_FALSE(timeout.HasExpired());
   EXPECT_EQ(pipe.WaitForAByte(), EINTR);
-  EXPECT_TRUE(limit.IsOver());
+  EXPECT_TRUE(timeout.HasExpired());
   EXPECT_EQ(pipe.WaitForAByte(), EINTR);
   EXPECT_EQ(pipe.WaitForAByte(), EINTR);
 }
 
-TEST(WaitLimit, TakesWholeSecondsToo) {
+TEST_F(BlockingCallTimeoutTest, TakesWholeSecondsToo) {
   const Pipe pipe;
-  const WaitLimit limit(1s);
+  const BlockingCallTimeout timeout(1s);
   EXPECT_EQ(pipe.WaitForAByte(), EINTR);
-  EXPECT_TRUE(limit.IsOver());
+  EXPECT_TRUE(timeout.HasExpired());
 }
 
-TEST(WaitLimit, LetsAWaitEndThatIsShorter) {
+TEST_F(BlockingCallTimeoutTest, LetsAWaitEndThatIsShorter) {
   const Pipe pipe;
-  const WaitLimit limit(1h);
+  const BlockingCallTimeout timeout(1h);
   std::thread giver([&] {
     std::this_thread::sleep_for(50ms);
     pipe.PutAByte();
   });
   EXPECT_EQ(pipe.WaitForAByte(), 0);
   giver.join();
-  EXPECT_FALSE(limit.IsOver());
+  EXPECT_FALSE(timeout.HasExpired());
 }
 
-TEST(WaitLimit, InterruptsNoOtherThread) {
+TEST_F(BlockingCallTimeoutTest, InterruptsNoOtherThread) {
   const Pipe pipe;
   int error_of_other = -1;
   std::thread other([&] { error_of_other = pipe.WaitForAByte(); });
   {
     const Pipe own;
-    const WaitLimit limit(50ms);
+    const BlockingCallTimeout timeout(50ms);
     for (int i = 0; i < 3; ++i) EXPECT_EQ(own.WaitForAByte(), EINTR);
   }
   pipe.PutAByte();
@@ -78,9 +84,9 @@ TEST(WaitLimit, InterruptsNoOtherThread) {
   EXPECT_EQ(error_of_other, 0);
 }
 
-TEST(WaitLimit, InterruptsNothingAfterwards) {
+TEST_F(BlockingCallTimeoutTest, InterruptsNothingAfterwards) {
   const Pipe pipe;
-  { const WaitLimit limit(1ms); }
+  { const BlockingCallTimeout timeout(1ms); }
   std::thread giver([&] {
     std::this_thread::sleep_for(250ms);
     pipe.PutAByte();
@@ -97,7 +103,7 @@ bool IsBlocked() {
   return ::sigismember(&blocked, SIGRTMIN) == 1;
 }
 
-TEST(WaitLimit, LeavesTheSignalAsItWas) {
+TEST_F(BlockingCallTimeoutTest, LeavesTheSignalAsItWas) {
   const Pipe pipe;
   sigset_t signal;
   ::sigemptyset(&signal);
@@ -111,7 +117,7 @@ TEST(WaitLimit, LeavesTheSignalAsItWas) {
   for (const bool is_blocked : {true, false}) {
     ::pthread_sigmask(is_blocked ? SIG_BLOCK : SIG_UNBLOCK, &signal, nullptr);
     {
-      const WaitLimit limit(20ms);
+      const BlockingCallTimeout timeout(20ms);
       EXPECT_EQ(pipe.WaitForAByte(), EINTR);
     }
     EXPECT_EQ(IsBlocked(), is_blocked);
@@ -123,9 +129,9 @@ TEST(WaitLimit, LeavesTheSignalAsItWas) {
   ::sigaction(SIGRTMIN, &before, nullptr);
 }
 
-TEST(WaitLimit, LeavesErrnoAlone) {
+TEST_F(BlockingCallTimeoutTest, LeavesErrnoAlone) {
   {
-    const WaitLimit limit(1h);
+    const BlockingCallTimeout timeout(1h);
     errno = ENOTTY;
   }
   EXPECT_EQ(errno, ENOTTY);
