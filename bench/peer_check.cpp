@@ -1,14 +1,14 @@
 #include "bench/peer_check.h"
 
-#include <json/reader.h>
-#include <json/value.h>
-
 #include <algorithm>
-#include <array>
-#include <memory>
+#include <optional>
 #include <set>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
+
+#include "lab/text/json.h"
+#include "lab/text/utf8.h"
 
 namespace bench {
 namespace {
@@ -16,42 +16,10 @@ namespace {
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr const char* kDocuments = "/usr/kelp/etc/wifi/";
 
-bool IsContinuation(unsigned char byte) {
-  return (byte & 0xC0U) == 0x80U;
-}
-
-/// The length of the character that `bytes` starts with; 0 where it starts with none. Surrogates, overlong
-/// forms and numbers beyond Unicode's are none.
-std::size_t CharacterLength(std::string_view bytes) {
-  struct Form {
-    unsigned char first, last;  // of the first byte
-    std::size_t length;
-    unsigned char second_first, second_last;  // of the second byte
-  };
-  constexpr std::array kForms{
-      Form{0x00, 0x7F, 1, 0, 0},       Form{0xC2, 0xDF, 2, 0x80, 0xBF}, Form{0xE0, 0xE0, 3, 0xA0, 0xBF},
-      Form{0xE1, 0xEC, 3, 0x80, 0xBF}, Form{0xED, 0xED, 3, 0x80, 0x9F}, Form{0xEE, 0xEF, 3, 0x80, 0xBF},
-      Form{0xF0, 0xF0, 4, 0x90, 0xBF}, Form{0xF1, 0xF3, 4, 0x80, 0xBF}, Form{0xF4, 0xF4, 4, 0x80, 0x8F}};
-  const auto byte = [&](std::size_t place) { return static_cast<unsigned char>(bytes[place]); };
-  const auto* const form = std::find_if(kForms.begin(), kForms.end(), [&](const Form& candidate) {
-    return byte(0) >= candidate.first && byte(0) <= candidate.last;
-  });
-  if (form == kForms.end() || form->length > bytes.size()) return 0;
-  if (form->length > 1 && (byte(1) < form->second_first || byte(1) > form->second_last)) return 0;
-  for (std::size_t place = 2; place < form->length; ++place) {
-    if (!IsContinuation(byte(place))) return 0;
-  }
-  return form->length;
-}
-
 Json::Value Parse(const std::string& text) {
-  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-  Json::Value document;
-  std::string errors;
-  if (!reader->parse(text.data(), text.data() + text.size(), &document, &errors)) {
-    throw std::runtime_error("no JSON: " + errors);
-  }
-  return document;
+  std::optional<Json::Value> document = lab::ParseJson(text);
+  if (!document) throw std::runtime_error("no JSON: " + text);
+  return std::move(*document);
 }
 
 std::string Print(const Json::Value& value) {
@@ -108,7 +76,7 @@ std::string OnlyUtf8(const std::string& bytes) {
   std::string_view rest = bytes;
   bool in_run = false;
   while (!rest.empty()) {
-    const std::size_t length = CharacterLength(rest);
+    const std::size_t length = lab::FirstCharacter(rest).size;
     const bool is_character = length > 0 && rest.substr(0, length) != kReplacement;
     if (is_character) {
       text += rest.substr(0, length);

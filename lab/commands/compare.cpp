@@ -11,7 +11,7 @@
 #include "lab/commands/fleet_arguments.h"
 #include "lab/page/page.h"
 #include "lab/page/page_file.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab::commands {
 namespace {

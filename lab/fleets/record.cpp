@@ -1,35 +1,11 @@
 #include "lab/fleets/record.h"
 
-#include <json/json.h>
-
-#include <memory>
-
-#include "lab/fleets/json_text.h"
+#include "lab/text/json.h"
 
 namespace lab::fleets {
 namespace {
 
 constexpr int kSchema = 1;
-
-std::string Number(const std::optional<int>& number) {
-  return number ? std::to_string(*number) : "null";
-}
-
-std::string TextArray(const std::vector<std::string>& texts) {
-  std::string json = "[";
-  for (const std::string& text : texts) json += (json.size() > 1 ? "," : "") + JsonText(text);
-  return json + "]";
-}
-
-std::string LogArray(const std::vector<NumberedLine>& log) {
-  std::string json = "[";
-  for (const NumberedLine& line : log) {
-    if (json.size() > 1) json += ",";
-    json += "{\"number\":" + std::to_string(line.number) + ",\"severity\":" + std::to_string(line.severity) +
-            ",\"text\":" + JsonText(line.text) + "}";
-  }
-  return json + "]";
-}
 
 /// Reads the members of a line; what is missing or of another kind makes it none.
 class Reader {
@@ -90,40 +66,38 @@ class Reader {
   bool is_good_ = true;
 };
 
-Json::Value Parse(std::string_view text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
-  try {
-    if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr)) return {};
-  } catch (const Json::Exception&) {
-    return {};  // nested too deep
-  }
-  return value;
-}
-
 }  // namespace
 
 std::string RecordLine(const Record& record) {
-  std::string line = "{\"schema\":" + std::to_string(kSchema);
-  line += ",\"image\":" + JsonText(record.image);
-  line += ",\"from\":" + JsonText(record.from);
-  line += ",\"outcome\":" + JsonText(OutcomeName(record.outcome));
-  line += ",\"status\":" + Number(record.status);
-  line += ",\"signal\":" + Number(record.signal);
-  line += ",\"error\":" + JsonText(record.error);
-  line += ",\"log\":" + LogArray(record.log);
-  line += ",\"documents\":" + TextArray(record.documents);
-  line += ",\"archived\":" + TextArray(record.archived);
-  line += ",\"findings\":" + TextArray(record.findings);
-  line += ",\"milliseconds\":" + std::to_string(record.milliseconds);
-  if (!record.household.empty()) line += ",\"household\":" + record.household;
-  return line + "}";
+  JsonWriter json;
+  json.BeginObject()
+      .Member("schema", kSchema)
+      .Member("image", record.image)
+      .Member("from", record.from)
+      .Member("outcome", OutcomeName(record.outcome))
+      .Member("status", record.status)
+      .Member("signal", record.signal)
+      .Member("error", record.error)
+      .Name("log")
+      .BeginArray();
+  for (const NumberedLine& line : record.log) {
+    json.BeginObject()
+        .Member("number", line.number)
+        .Member("severity", line.severity)
+        .Member("text", line.text)
+        .End();
+  }
+  json.End()
+      .Strings("documents", record.documents)
+      .Strings("archived", record.archived)
+      .Strings("findings", record.findings)
+      .Member("milliseconds", record.milliseconds);
+  if (!record.household.empty()) json.Name("household").AddJson(record.household);
+  return json.End().Text();
 }
 
 std::optional<Record> ParseRecord(std::string_view line) {
-  const Json::Value json = Parse(line);
+  const Json::Value json = ParseJson(line).value_or(Json::Value());
   if (!json.isObject()) return std::nullopt;
   Reader reader(json);
   if (reader.Integer("schema") != kSchema) return std::nullopt;
@@ -140,10 +114,7 @@ std::optional<Record> ParseRecord(std::string_view line) {
   record.findings = reader.Texts("findings");
   record.milliseconds = reader.Integer("milliseconds");
   if (const Json::Value& household = json["household"]; !household.isNull()) {
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    writer["emitUTF8"] = true;
-    record.household = Json::writeString(writer, household);
+    record.household = JsonLine(household);
   }
   if (!reader.IsGood() || !outcome) return std::nullopt;
   record.outcome = *outcome;

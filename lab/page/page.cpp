@@ -1,10 +1,9 @@
 #include "lab/page/page.h"
 
-#include <json/reader.h>
 #include <sodium.h>
 
 #include <array>
-#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -14,6 +13,8 @@
 #include "lab/page/page_text.h"
 #include "lab/page/script_data.h"
 #include "lab/runs/outcome.h"
+#include "lab/text/base64.h"
+#include "lab/text/json.h"
 
 namespace lab::page {
 namespace {
@@ -56,10 +57,7 @@ Json::Value Meanings() {
 std::string PolicySource(std::string_view text) {
   std::array<unsigned char, crypto_hash_sha256_BYTES> hash{};
   crypto_hash_sha256(hash.data(), reinterpret_cast<const unsigned char*>(text.data()), text.size());
-  std::string encoded(sodium_base64_ENCODED_LEN(hash.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
-  sodium_bin2base64(encoded.data(), encoded.size(), hash.data(), hash.size(), sodium_base64_VARIANT_ORIGINAL);
-  encoded.pop_back();  // the NUL
-  return "'sha256-" + encoded + "'";
+  return "'sha256-" + ToBase64({reinterpret_cast<const char*>(hash.data()), hash.size()}) + "'";
 }
 
 std::string Script() {
@@ -79,13 +77,9 @@ void Page::Add(const Json::Value& device) {
 }
 
 void Page::Add(std::string_view json) {
-  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-  Json::Value device;
-  std::string errors;
-  if (!reader->parse(json.data(), json.data() + json.size(), &device, &errors)) {
-    throw std::invalid_argument("a page takes JSON: " + errors);
-  }
-  Add(device);
+  const std::optional<Json::Value> device = ParseJson(json);
+  if (!device) throw std::invalid_argument("a page takes JSON");
+  Add(*device);
 }
 
 std::string Page::Data() const {

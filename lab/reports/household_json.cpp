@@ -1,11 +1,9 @@
 #include "lab/reports/household_json.h"
 
-#include <json/writer.h>
-
 #include "lab/households/schemas.h"
 #include "lab/messages/message_kinds.h"
 #include "lab/reports/report.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab {
 namespace {
@@ -153,12 +151,6 @@ Json::Value ToJson(const HouseholdReport& report) {
   json["log"] = ToJson(report.log);
   json["files"] = ToJson(report.files);
   return json;
-}
-
-std::string ToText(const Json::Value& value) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "  ";
-  return Json::writeString(builder, value) + "\n";
 }
 
 }  // namespace lab

@@ -2,16 +2,11 @@
 
 #include <json/value.h>
 
-#include <string>
-
 #include "lab/reports/household_report.h"
 
 namespace lab {
 
 /// The report as one JSON object. Texts are as PrintableLine makes them; member "schema" tells the form, 1.
 Json::Value ToJson(const HouseholdReport& report);
-
-/// A JSON value as indented text of ASCII characters, with a line end.
-std::string ToText(const Json::Value& value);
 
 }  // namespace lab

@@ -1,12 +1,11 @@
 #include "lab/reports/household_report.h"
 
-#include <json/writer.h>
-
 #include <algorithm>
 #include <utility>
 
 #include "lab/households/rehearsal.h"
 #include "lab/households/schemas.h"
+#include "lab/text/json.h"
 
 namespace lab {
 namespace {
@@ -22,9 +21,7 @@ bool IsContainer(const Json::Value& value) {
 Json::Value Plain(const Json::Value& value) {
   const bool is_list = value.isArray() && std::none_of(value.begin(), value.end(), IsContainer);
   if (!IsContainer(value) || is_list) return value;
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  return Json::writeString(builder, value).substr(0, kLongestOther);
+  return JsonLine(value).substr(0, kLongestOther);
 }
 
 std::vector<Setting> Shown(std::vector<Setting> settings, const Discretion& discretion) {

@@ -127,7 +127,7 @@ TEST_F(Fleets, NameTheListLinesThatAreNone) {
   folder_.Write("devices/list", "{\"image\":\"device-000001\"}\nnot json\n{\"image\":\"device-000002\"}\n");
   const ShellResult result = Fleet("@devices/list");
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.output, HasSubstr("devicelab: devices/list:2: is no JSON\n"));
+  EXPECT_THAT(result.output, HasSubstr("devicelab: devices/list:2: is no JSON object\n"));
   EXPECT_EQ(Lines().size(), 2U);
 }
 

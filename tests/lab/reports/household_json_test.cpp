@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 
+#include "lab/text/json.h"
 #include "tests/lab/households/household.h"
 
 namespace lab_test {
@@ -81,7 +82,7 @@ TEST(HouseholdJson, TellsForeignDocumentsInPlainValues) {
   EXPECT_EQ(json["macFilterProfiles"][0]["devices"].size(), 0U);
   ASSERT_EQ(json["macFilterProfiles"][1]["devices"].size(), 1U);
   EXPECT_EQ(json["macFilterProfiles"][1]["devices"][0]["mac"], "");
-  std::istringstream text(lab::ToText(json));
+  std::istringstream text(lab::IndentedJson(json));
   Json::Value read;
   EXPECT_NO_THROW(text >> read);
 }
