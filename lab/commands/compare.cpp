@@ -50,7 +50,7 @@ int Run(const Request& request) {
       return;
     }
     ++different;
-    if (!request.html.empty()) page.Add(std::string_view(fleets::ComparedLine(device)));
+    if (!request.html.empty()) page.Add(fleets::ComparedLine(device));
     if (request.as_json) {
       std::cout << fleets::ComparedLine(device) << '\n';
     } else {

@@ -64,7 +64,7 @@ void Print(const Request& request, const fs::path& program, const RunResult& res
     page::WritePageFile(request.html, page.Html());
   }
   if (request.json) {
-    std::cout << IndentedJson(ToJson(report));
+    std::cout << IndentedJson(ParseJson(ToJson(report)).value());
     return;
   }
   PrintHousehold(std::cout, report, MayColour());

@@ -39,7 +39,7 @@ int Run(const Request& request) {
     file.close();
     if (!file) throw std::runtime_error("cannot write " + request.junit.native());
   }
-  if (!request.html.empty()) WriteFleetPage(request.html, request.files);
+  if (!request.html.empty()) WriteFleetPage(request.html, request.files, complain);
   if (request.as_json) {
     std::cout << fleets::SummaryJson(summary);
   } else {

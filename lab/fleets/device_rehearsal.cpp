@@ -14,7 +14,6 @@
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
-#include "lab/text/json.h"
 #include "lab/text/utf8.h"
 
 namespace lab::fleets {
@@ -72,7 +71,7 @@ std::vector<std::string> FindingsOf(const RunResult& run) {
 std::string HouseholdOf(const DeviceSource& source, const RunResult& run) {
   Discretion discretion({}, run.before);
   discretion.Learn(run.after);
-  return JsonLine(ToJson(Tell(source.image, source.from, run, discretion)));
+  return ToJson(Tell(source.image, source.from, run, discretion));
 }
 
 /// Whether a line is one of the messages that tell no value.

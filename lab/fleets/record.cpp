@@ -7,6 +7,9 @@ namespace {
 
 constexpr int kSchema = 1;
 
+/// Quotation marks within a text have a backslash before them, so this is in no text.
+constexpr std::string_view kHousehold = ",\"household\":";
+
 /// Reads the members of a line; what is missing or of another kind makes it none.
 class Reader {
  public:
@@ -88,16 +91,20 @@ std::string RecordLine(const Record& record) {
         .End();
   }
   json.End()
-      .Strings("documents", record.documents)
-      .Strings("archived", record.archived)
-      .Strings("findings", record.findings)
+      .Texts("documents", record.documents)
+      .Texts("archived", record.archived)
+      .Texts("findings", record.findings)
       .Member("milliseconds", record.milliseconds);
   if (!record.household.empty()) json.Name("household").AddJson(record.household);
   return json.End().Text();
 }
 
 std::optional<Record> ParseRecord(std::string_view line) {
-  const Json::Value json = ParseJson(line).value_or(Json::Value());
+  // A household is most of a line and comes last. It is looked into by whoever shows it.
+  const std::size_t end = line.ends_with("}}") ? line.find(kHousehold) : std::string_view::npos;
+  const bool has_household = end != std::string_view::npos;
+  const std::string head = std::string(line.substr(0, end)) + (has_household ? "}" : "");
+  const Json::Value json = ParseJson(head).value_or(Json::Value());
   if (!json.isObject()) return std::nullopt;
   Reader reader(json);
   if (reader.Integer("schema") != kSchema) return std::nullopt;
@@ -113,7 +120,9 @@ std::optional<Record> ParseRecord(std::string_view line) {
   record.archived = reader.Texts("archived");
   record.findings = reader.Texts("findings");
   record.milliseconds = reader.Integer("milliseconds");
-  if (const Json::Value& household = json["household"]; !household.isNull()) {
+  if (has_household) {
+    record.household = line.substr(end + kHousehold.size(), line.size() - end - kHousehold.size() - 1);
+  } else if (const Json::Value& household = json["household"]; !household.isNull()) {
     record.household = JsonLine(household);
   }
   if (!reader.IsGood() || !outcome) return std::nullopt;

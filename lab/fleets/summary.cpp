@@ -13,6 +13,7 @@
 #include "lab/fleets/record_file.h"
 #include "lab/messages/message_kinds.h"
 #include "lab/text/addresses.h"
+#include "lab/text/json.h"
 
 namespace lab::fleets {
 namespace {
@@ -142,9 +143,10 @@ void ForEachRecord(const std::vector<std::filesystem::path>& files,
     const std::string& name = files[number].native();
     std::size_t line_number = 0;
     ForEachLine(OpenRecords(files[number]).Get(), name,
-                [&](std::string_view line, std::uintmax_t place, bool) {
+                [&](std::string_view line, std::uintmax_t place, bool is_torn) {
                   ++line_number;
-                  const auto record = ParseRecord(line);
+                  // A torn line may end where a household's part does.
+                  const auto record = is_torn && !ParseJson(line) ? std::nullopt : ParseRecord(line);
                   if (record) {
                     places.push_back({KeyOf(record->image, record->from), number, place});
                   } else {

@@ -115,7 +115,7 @@ void PrintLog(std::ostream& out, const Summary& summary) {
 }
 
 void AddGroup(JsonWriter& json, const DeviceGroup& group) {
-  json.Member("devices", group.devices).Strings("examples", group.examples);
+  json.Member("devices", group.devices).Texts("examples", group.examples);
 }
 
 void AddFinding(JsonWriter& json, const std::string& id, const DeviceGroup& group) {

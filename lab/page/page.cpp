@@ -1,5 +1,6 @@
 #include "lab/page/page.h"
 
+#include <json/value.h>
 #include <sodium.h>
 
 #include <array>
@@ -14,7 +15,6 @@
 #include "lab/page/script_data.h"
 #include "lab/runs/outcome.h"
 #include "lab/text/base64.h"
-#include "lab/text/json.h"
 
 namespace lab::page {
 namespace {
@@ -71,15 +71,10 @@ std::string Script() {
 
 }  // namespace
 
-void Page::Add(const Json::Value& device) {
-  if (!device.isObject()) throw std::invalid_argument("a page takes devices that are objects");
-  devices_ += (devices_.empty() ? "" : ",\n") + ScriptData(shared_.Share(device));
-}
-
 void Page::Add(std::string_view json) {
-  const std::optional<Json::Value> device = ParseJson(json);
-  if (!device) throw std::invalid_argument("a page takes JSON");
-  Add(*device);
+  const std::optional<std::string> device = shared_.Share(json);
+  if (!device || !device->starts_with('{')) throw std::invalid_argument("a page takes JSON objects");
+  devices_ += (devices_.empty() ? "" : ",\n") + *device;
 }
 
 std::string Page::Data() const {

@@ -3,6 +3,7 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <memory>
@@ -30,6 +31,17 @@ std::string Written(Json::StreamWriter& writer, const Json::Value& value) {
   std::ostringstream text;
   writer.write(value, &text);
   return std::move(text).str();
+}
+
+bool IsPlain(std::string_view text) {
+  return std::ranges::all_of(
+      text, [](char byte) { return byte >= ' ' && byte < 0x7F && byte != '"' && byte != '\\'; });
+}
+
+std::string Quoted(std::string_view text) {
+  std::string quoted;
+  quoted.reserve(text.size() + 2);
+  return quoted.append(1, '"').append(text).append(1, '"');
 }
 
 }  // namespace
@@ -63,6 +75,7 @@ std::string DocumentJson(const Json::Value& value) {
 }
 
 std::string JsonString(std::string_view text) {
+  if (IsPlain(text)) return Quoted(text);
   std::string json = "\"";
   for (const char character : ValidUtf8(text)) {
     const auto byte = static_cast<unsigned char>(character);
@@ -79,6 +92,11 @@ std::string JsonString(std::string_view text) {
     }
   }
   return json += '"';
+}
+
+JsonWriter& JsonWriter::Add(std::string_view text) {
+  if (strings_ == Strings::Utf8 || IsPlain(text)) return AddJson(JsonString(text));
+  return AddJson(JsonLine(std::string(text)));
 }
 
 JsonWriter& JsonWriter::End() {

@@ -27,9 +27,16 @@ std::string DocumentJson(const Json::Value& value);
 std::string JsonString(std::string_view text);
 
 /// Writes JSON on one line with members in the order in which they are added, which the library's objects do
-/// not keep. Texts are as JsonString makes them.
+/// not keep.
 class JsonWriter {
  public:
+  /// What texts become.
+  enum class Strings {
+    Utf8,   ///< As JsonString makes them.
+    Ascii,  ///< As JsonLine makes them.
+  };
+  explicit JsonWriter(Strings strings = Strings::Utf8) : strings_(strings) {}
+
   JsonWriter& BeginObject() { return Begin('{', '}'); }
   JsonWriter& BeginArray() { return Begin('[', ']'); }
   JsonWriter& End();
@@ -37,7 +44,7 @@ class JsonWriter {
   /// The next member's name.
   JsonWriter& Name(std::string_view name);
 
-  JsonWriter& Add(std::string_view text) { return AddJson(JsonString(text)); }
+  JsonWriter& Add(std::string_view text);
   JsonWriter& Add(std::same_as<bool> auto flag) { return AddJson(flag ? "true" : "false"); }
   template <std::integral Number>
   requires(!std::same_as<Number, bool>) JsonWriter& Add(Number number) {
@@ -55,8 +62,8 @@ class JsonWriter {
     return Name(name).Add(value);
   }
   /// A list of texts.
-  template <typename Texts>
-  JsonWriter& Strings(std::string_view name, const Texts& texts) {
+  template <typename List>
+  JsonWriter& Texts(std::string_view name, const List& texts) {
     Name(name).BeginArray();
     for (const auto& text : texts) Add(text);
     return End();
@@ -69,6 +76,7 @@ class JsonWriter {
   JsonWriter& Begin(char open, char close);
   void Separate();
 
+  Strings strings_;
   std::string text_;
   std::string closing_;
   bool is_first_ = true;

@@ -46,6 +46,11 @@ std::string WithEscapes(std::string_view text, IsUnwanted is_unwanted) {
   std::string safe;
   safe.reserve(text.size());
   while (!text.empty()) {
+    const auto plain = std::ranges::find_if(text, [](char byte) { return byte < ' ' || byte > '~'; });
+    const auto length = static_cast<std::size_t>(plain - text.begin());
+    safe.append(text, 0, length);
+    text.remove_prefix(length);
+    if (text.empty()) break;
     const auto [code, size] = FirstCharacter(text);
     if (size == 0) {
       safe += Escaped("\\x%02x", static_cast<unsigned char>(text.front()));

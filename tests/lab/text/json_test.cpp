@@ -51,8 +51,8 @@ TEST(JsonWriter, KeepsTheOrderOfMembers) {
       .Member("a", std::int64_t{-9'000'000'000})
       .Member("yes", true)
       .Member("none", std::optional<int>())
-      .Strings("list", std::vector<std::string>{"x", "\""})
-      .Strings("empty", std::vector<std::string>());
+      .Texts("list", std::vector<std::string>{"x", "\""})
+      .Texts("empty", std::vector<std::string>());
   json.Name("inner").BeginArray().BeginObject().End().Add(1).AddJson("{\"c\":2}").End().End();
   EXPECT_EQ(json.Text(),
             "{\"b\":\"text\",\"a\":-9000000000,\"yes\":true,\"none\":null,\"list\":[\"x\",\"\\\"\"],"
