@@ -67,11 +67,13 @@ std::vector<std::string> FindingsOf(const RunResult& run) {
   return ids;
 }
 
-/// The household before and after, as the report of one run has it.
-std::string HouseholdOf(const DeviceSource& source, const RunResult& run) {
+/// Adds the household before and after, as the report of one run has it, and the findings in it.
+void AddHousehold(Record& record, const DeviceSource& source, const RunResult& run) {
   Discretion discretion({}, run.before);
   discretion.Learn(run.after);
-  return ToJson(Tell(source.image, source.from, run, discretion));
+  const HouseholdReport report = Tell(source.image, source.from, run, discretion);
+  for (const HouseholdReport::Found& found : report.findings) record.findings.emplace_back(found.kind->id);
+  record.household = ToJson(report);
 }
 
 /// Whether a line is one of the messages that tell no value.
@@ -159,9 +161,12 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   Shorten(record);
   record.documents = DocumentsOf(run);
   record.archived = ArchivedOf(run);
-  record.findings = FindingsOf(run);
   record.milliseconds = run.duration.count();
-  if (options_.with_household) record.household = HouseholdOf(source, run);
+  if (options_.with_household) {
+    AddHousehold(record, source, run);
+  } else {
+    record.findings = FindingsOf(run);
+  }
   return record;
 }
 

@@ -38,12 +38,6 @@ bool IsPlain(std::string_view text) {
       text, [](char byte) { return byte >= ' ' && byte < 0x7F && byte != '"' && byte != '\\'; });
 }
 
-std::string Quoted(std::string_view text) {
-  std::string quoted;
-  quoted.reserve(text.size() + 2);
-  return quoted.append(1, '"').append(text).append(1, '"');
-}
-
 }  // namespace
 
 // To set up readers and writers costs more than they take for a small text. A thread has its own.
@@ -75,7 +69,6 @@ std::string DocumentJson(const Json::Value& value) {
 }
 
 std::string JsonString(std::string_view text) {
-  if (IsPlain(text)) return Quoted(text);
   std::string json = "\"";
   for (const char character : ValidUtf8(text)) {
     const auto byte = static_cast<unsigned char>(character);
@@ -95,8 +88,17 @@ std::string JsonString(std::string_view text) {
 }
 
 JsonWriter& JsonWriter::Add(std::string_view text) {
-  if (strings_ == Strings::Utf8 || IsPlain(text)) return AddJson(JsonString(text));
-  return AddJson(JsonLine(std::string(text)));
+  Separate();
+  AppendText(text);
+  return *this;
+}
+
+void JsonWriter::AppendText(std::string_view text) {
+  if (IsPlain(text)) {
+    text_.append(1, '"').append(text).append(1, '"');
+  } else {
+    text_ += strings_ == Strings::Utf8 ? JsonString(text) : JsonLine(std::string(text));
+  }
 }
 
 JsonWriter& JsonWriter::End() {
@@ -108,7 +110,8 @@ JsonWriter& JsonWriter::End() {
 
 JsonWriter& JsonWriter::Name(std::string_view name) {
   Separate();
-  text_.append(JsonString(name)).append(":");
+  AppendText(name);
+  text_ += ':';
   is_first_ = true;
   return *this;
 }

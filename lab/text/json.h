@@ -75,6 +75,7 @@ class JsonWriter {
  private:
   JsonWriter& Begin(char open, char close);
   void Separate();
+  void AppendText(std::string_view text);
 
   Strings strings_;
   std::string text_;
