@@ -67,7 +67,9 @@ TEST(Records, AreReadBack) {
   crashed.status.reset();
   crashed.signal = 11;
   crashed.log.clear();
-  crashed.household = "{\"a\":[1,\"é\"]}";
+  // As it stands there, whatever else looks like its beginning or holds braces.
+  crashed.error = ",\"household\":{}}";
+  crashed.household = "{\"a\": [1,\"é\"],\"household\":{}}";
   for (const Record& record : {Example(), crashed}) {
     const auto read = ParseRecord(RecordLine(record));
     ASSERT_TRUE(read);
