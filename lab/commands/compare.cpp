@@ -11,7 +11,7 @@
 #include "lab/commands/fleet_arguments.h"
 #include "lab/page/page.h"
 #include "lab/page/page_file.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab::commands {
 namespace {
@@ -50,7 +50,7 @@ int Run(const Request& request) {
       return;
     }
     ++different;
-    if (!request.html.empty()) page.Add(std::string_view(fleets::ComparedLine(device)));
+    if (!request.html.empty()) page.Add(fleets::ComparedLine(device));
     if (request.as_json) {
       std::cout << fleets::ComparedLine(device) << '\n';
     } else {

@@ -9,7 +9,7 @@
 
 #include "lab/commands/arguments.h"
 #include "lab/commands/command.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace {
 

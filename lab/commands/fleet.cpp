@@ -15,6 +15,7 @@
 #include "lab/commands/fleet_page.h"
 #include "lab/fleets/summary.h"
 #include "lab/page/page_file.h"
+#include "lab/text/utf8.h"
 
 namespace lab::commands {
 namespace {
@@ -38,7 +39,7 @@ int Run(const Request& request) {
   options.rehearsal.program = ProgramToRun(request.fleet.program);
   if (!request.html.empty()) page::RequirePageFile(request.html);
   BecomeRunner();
-  const bool is_whole = fleets::RehearseFleet(options, std::cerr, ::isatty(STDERR_FILENO) == 1);
+  bool is_whole = fleets::RehearseFleet(options, std::cerr, ::isatty(STDERR_FILENO) == 1);
 
   fleets::Summary summary;
   bool is_failed = false;
@@ -48,7 +49,12 @@ int Run(const Request& request) {
   };
   fleets::ForEachRecord({options.output}, add, [](const std::string&) {});
   fleets::PrintSummary(std::cout, summary);
-  if (!request.html.empty()) WriteFleetPage(request.html, {options.output});
+  if (!request.html.empty()) {
+    WriteFleetPage(request.html, {options.output}, [&](const std::string& text) {
+      is_whole = false;
+      std::cerr << "devicelab: " << PrintableLine(text) << '\n';
+    });
+  }
   if (!is_whole) return kNotDone;
   return is_failed ? 1 : 0;
 }

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab::commands {
 

@@ -16,6 +16,7 @@
 #include "lab/reports/household_text.h"
 #include "lab/reports/report.h"
 #include "lab/runs/program_run.h"
+#include "lab/text/json.h"
 
 namespace lab::commands {
 namespace {
@@ -63,7 +64,7 @@ void Print(const Request& request, const fs::path& program, const RunResult& res
     page::WritePageFile(request.html, page.Html());
   }
   if (request.json) {
-    std::cout << ToText(ToJson(report));
+    std::cout << IndentedJson(ParseJson(ToJson(report)).value());
     return;
   }
   PrintHousehold(std::cout, report, MayColour());

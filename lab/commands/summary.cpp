@@ -11,6 +11,7 @@
 #include "lab/commands/command.h"
 #include "lab/commands/fleet_arguments.h"
 #include "lab/commands/fleet_page.h"
+#include "lab/text/utf8.h"
 
 namespace lab::commands {
 namespace {
@@ -26,7 +27,7 @@ int Run(const Request& request) {
   bool is_whole = true;
   const auto complain = [&](const std::string& text) {
     is_whole = false;
-    std::cerr << "devicelab: " << text << '\n';
+    std::cerr << "devicelab: " << PrintableLine(text) << '\n';
   };
   fleets::Summary summary;
   fleets::ForEachRecord(
@@ -39,7 +40,7 @@ int Run(const Request& request) {
     file.close();
     if (!file) throw std::runtime_error("cannot write " + request.junit.native());
   }
-  if (!request.html.empty()) WriteFleetPage(request.html, request.files);
+  if (!request.html.empty()) WriteFleetPage(request.html, request.files, complain);
   if (request.as_json) {
     std::cout << fleets::SummaryJson(summary);
   } else {

@@ -1,7 +1,5 @@
 #include "lab/experiments/effects.h"
 
-#include <json/reader.h>
-
 #include <algorithm>
 #include <atomic>
 #include <exception>

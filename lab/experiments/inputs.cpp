@@ -9,10 +9,10 @@
 
 #include "lab/experiments/boot_variables.h"
 #include "lab/experiments/json_members.h"
-#include "lab/households/legacy_text.h"
 #include "lab/households/rehearsal.h"
 #include "lab/images/secret_seal.h"
 #include "lab/images/tree_lookup.h"
+#include "lab/text/key_value.h"
 
 namespace lab {
 namespace {

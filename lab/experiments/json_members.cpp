@@ -1,9 +1,6 @@
 #include "lab/experiments/json_members.h"
 
-#include <json/reader.h>
-#include <json/writer.h>
-
-#include <memory>
+#include "lab/text/json.h"
 
 namespace lab {
 namespace {
@@ -34,28 +31,18 @@ std::vector<Json::Value> OtherValues(const Json::Value& value) {
 }  // namespace
 
 std::vector<JsonMember> JsonMembers(std::string_view text) {
-  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-  Json::Value object;
-  std::string errors;
-  bool parsed = false;
-  try {
-    parsed = reader->parse(text.data(), text.data() + text.size(), &object, &errors);
-  } catch (const Json::Exception&) {  // nested too deep
-  }
-  if (!parsed || !object.isObject()) return {};
-
-  Json::StreamWriterBuilder writer;
-  writer["emitUTF8"] = true;
+  const Json::Value object = ParseJson(text).value_or(Json::Value());
+  if (!object.isObject()) return {};
   std::vector<JsonMember> members;
   for (const std::string& name : object.getMemberNames()) {
     JsonMember member{name, {}};
     Json::Value without = object;
     without.removeMember(name);
-    member.others.push_back(Json::writeString(writer, without));
+    member.others.push_back(DocumentJson(without));
     for (const Json::Value& other : OtherValues(object[name])) {
       Json::Value changed = object;
       changed[name] = other;
-      member.others.push_back(Json::writeString(writer, changed));
+      member.others.push_back(DocumentJson(changed));
     }
     members.push_back(std::move(member));
   }

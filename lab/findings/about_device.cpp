@@ -5,6 +5,7 @@
 #include "lab/findings/rules.h"
 #include "lab/households/legacy_words.h"
 #include "lab/households/mesh_role.h"
+#include "lab/text/json.h"
 
 namespace lab {
 namespace {
@@ -32,7 +33,7 @@ std::string Told(const Rehearsal& rehearsal, const Fact& fact) {
 
 /// What the global files of release 1.3 say of the backhaul, in whatever spelling.
 void FindBackhaul(const Rehearsal& rehearsal, Findings& findings) {
-  const auto file = ParseDocument(rehearsal.TextOf(std::string(kWifiFolder) + "backhaul.json"));
+  const auto file = ParseJson(rehearsal.TextOf(std::string(kWifiFolder) + "backhaul.json"));
   const Json::Value* const global = rehearsal.Document("global.json");
   if (!file || !file->isObject() || global == nullptr || FlagIn(*global, "backhaulSwapped")) return;
   for (const Json::Value& band : (*file)["radio_frequencies"]) {

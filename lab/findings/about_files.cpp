@@ -5,8 +5,8 @@
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
-#include "lab/households/legacy_words.h"
 #include "lab/images/tree_lookup.h"
+#include "lab/text/ascii.h"
 
 namespace lab {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 /// An access-point file whose address differs in its letter case only; empty where there is none.
 std::string SpelledOtherwise(const Rehearsal& rehearsal, const std::string& file) {
   for (const auto& [path, entry] : rehearsal.Run().before) {
-    if (path != file && InLowerCase(path) == InLowerCase(file)) return path;
+    if (path != file && ToLowerAscii(path) == ToLowerAscii(file)) return path;
   }
   return "";
 }

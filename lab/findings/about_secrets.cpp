@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "lab/findings/places.h"
 #include "lab/findings/rules.h"
+#include "lab/text/base64.h"
 
 namespace lab {
 namespace {
@@ -44,14 +45,9 @@ std::string WithoutLineEnd(std::string text) {
 
 /// Whether the text could be a sealed one by its form. A key of 64 hexadecimal digits is base64 as well.
 bool LooksSealed(const std::string& stored) {
-  const auto is_high = [](unsigned char byte) { return byte > 0x7F; };
-  // The decoder of an older release of the library takes high bytes for digits.
-  if (AreHexDigits(stored) || std::ranges::any_of(stored, is_high)) return false;
-  std::vector<unsigned char> bytes(stored.size());
-  std::size_t size = 0;
-  const int result = sodium_base642bin(bytes.data(), bytes.size(), stored.data(), stored.size(), nullptr,
-                                       &size, nullptr, sodium_base64_VARIANT_ORIGINAL);
-  return result == 0 && size >= crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
+  if (AreHexDigits(stored)) return false;
+  const std::optional<std::string> sealed = FromBase64(stored);
+  return sealed && sealed->size() >= crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
 }
 
 /// What was found of the secrets that the networks need.

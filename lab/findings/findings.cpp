@@ -43,7 +43,10 @@ std::vector<Finding> Findings::Take() {
 }
 
 std::vector<Finding> FindIn(const RunResult& run) {
-  const Rehearsal rehearsal(run);
+  return FindIn(Rehearsal(run));
+}
+
+std::vector<Finding> FindIn(const Rehearsal& rehearsal) {
   Findings findings;
   FindAboutRun(rehearsal, findings);
   FindAboutDevice(rehearsal, findings);

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "lab/households/rehearsal.h"
 #include "lab/runs/program_run.h"
 
 namespace lab {
@@ -46,5 +47,6 @@ struct Finding {
 /// What the rules find in a run, by the device's image (run.before), the documents (run.after) and the log,
 /// in the order of the kinds. Never throws for what a device or document holds.
 std::vector<Finding> FindIn(const RunResult& run);
+std::vector<Finding> FindIn(const Rehearsal& rehearsal);
 
 }  // namespace lab

@@ -1,34 +1,18 @@
 #include "lab/fleets/compare.h"
 
-#include <json/json.h>
-
-#include <memory>
 #include <optional>
 #include <ostream>
 #include <set>
 
-#include "lab/fleets/json_text.h"
 #include "lab/fleets/pool.h"
 #include "lab/reports/discretion.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/json.h"
+#include "lab/text/utf8.h"
 
 namespace lab::fleets {
 namespace {
 
 constexpr std::string_view kWifiFolder = "/usr/kelp/etc/wifi/";
-
-std::optional<Json::Value> ParseDocument(const std::string& text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
-  try {
-    if (reader->parse(text.data(), text.data() + text.size(), &value, nullptr)) return value;
-  } catch (const Json::Exception&) {
-    // nested too deep
-  }
-  return std::nullopt;
-}
 
 class Comparison {
  public:
@@ -41,8 +25,8 @@ class Comparison {
   }
 
   void Documents(const std::string& name, const std::string& was, const std::string& now) {
-    const auto was_document = ParseDocument(was);
-    const auto now_document = ParseDocument(now);
+    const auto was_document = ParseJson(was);
+    const auto now_document = ParseJson(now);
     if (was_document && now_document) {
       Values(name, "", *was_document, *now_document);
     } else if (was != now) {
@@ -64,10 +48,7 @@ class Comparison {
   std::string ValueText(const Json::Value& value, const std::string& member) {
     if (value.isObject() || value.isArray()) return value.isObject() ? "{...}" : "[...]";
     const Json::Value shown = Masks().Member(member, value);
-    if (shown.isString()) return JsonText(shown.asString());
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    return Json::writeString(writer, shown);
+    return shown.isString() ? JsonString(shown.asString()) : JsonLine(shown);
   }
 
   void Values(const std::string& path, const std::string& member, const Json::Value& was,
@@ -118,27 +99,27 @@ class Comparison {
 };
 
 std::string LogText(const Record& record) {
-  std::string json = "[";
+  JsonWriter json;
+  json.BeginArray();
   for (const NumberedLine& line : record.log) {
-    json += (json.size() > 1 ? "," : "") +
-            JsonText(std::to_string(line.number) + " <" + std::to_string(line.severity) + "> " + line.text);
+    json.Add(std::to_string(line.number) + " <" + std::to_string(line.severity) + "> " + line.text);
   }
-  return json + "]";
+  return json.End().Text();
 }
 
 std::string EndText(const Record& record) {
   std::string text(OutcomeName(record.outcome));
   if (record.status) text += ", status " + std::to_string(*record.status);
   if (record.signal) text += ", signal " + std::to_string(*record.signal);
-  return JsonText(text);
+  return JsonString(text);
 }
 
 /// How an entry that is no document looks from outside.
 std::string EntryText(const Entry* entry) {
   if (entry == nullptr) return "";
   static constexpr std::string_view kKinds[] = {"file", "folder", "link", "other"};
-  return JsonText(std::string(kKinds[static_cast<std::size_t>(entry->kind)]) + " of " +
-                  std::to_string(entry->content.size()) + " bytes, mode " + std::to_string(entry->mode));
+  return JsonString(std::string(kKinds[static_cast<std::size_t>(entry->kind)]) + " of " +
+                    std::to_string(entry->content.size()) + " bytes, mode " + std::to_string(entry->mode));
 }
 
 const Entry* Find(const Tree& tree, const std::string& path) {
@@ -193,7 +174,7 @@ std::vector<Difference> Compare(const Record& old_record, const RunResult& old_r
                                 const RunResult& new_run) {
   Comparison comparison(old_run, new_run);
   comparison.Texts("outcome", EndText(old_record), EndText(new_record));
-  comparison.Texts("error", JsonText(old_record.error), JsonText(new_record.error));
+  comparison.Texts("error", JsonString(old_record.error), JsonString(new_record.error));
   comparison.Texts("log", LogText(old_record), LogText(new_record));
   CompareFiles(comparison, old_run.after, new_run.after);
   return comparison.Take();
@@ -241,15 +222,17 @@ bool CompareFleet(const FleetOptions& options, const std::filesystem::path& old_
 }
 
 std::string ComparedLine(const ComparedDevice& device) {
-  std::string line = R"({"schema":1,"image":)" + JsonText(device.image) +
-                     ",\"from\":" + JsonText(device.from) + ",\"differences\":[";
-  bool is_first = true;
+  JsonWriter json;
+  json.BeginObject().Member("schema", 1).Member("image", device.image).Member("from", device.from);
+  json.Name("differences").BeginArray();
   for (const Difference& difference : device.differences) {
-    line += (is_first ? "{\"what\":" : ",{\"what\":") + JsonText(difference.what) +
-            ",\"old\":" + JsonText(difference.was) + ",\"new\":" + JsonText(difference.now) + "}";
-    is_first = false;
+    json.BeginObject()
+        .Member("what", difference.what)
+        .Member("old", difference.was)
+        .Member("new", difference.now)
+        .End();
   }
-  return line + "]}";
+  return json.End().End().Text();
 }
 
 }  // namespace lab::fleets

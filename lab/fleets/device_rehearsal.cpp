@@ -1,6 +1,5 @@
 #include "lab/fleets/device_rehearsal.h"
 
-#include <json/writer.h>
 #include <syslog.h>
 
 #include <algorithm>
@@ -9,13 +8,13 @@
 #include <system_error>
 
 #include "lab/findings/findings.h"
-#include "lab/fleets/json_text.h"
 #include "lab/images/boot_variables.h"
 #include "lab/images/image.h"
 #include "lab/messages/message_kinds.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
+#include "lab/text/utf8.h"
 
 namespace lab::fleets {
 namespace {
@@ -68,13 +67,13 @@ std::vector<std::string> FindingsOf(const RunResult& run) {
   return ids;
 }
 
-/// The household before and after, as the report of one run has it.
-std::string HouseholdOf(const DeviceSource& source, const RunResult& run) {
+/// Adds the household before and after, as the report of one run has it, and the findings in it.
+void AddHousehold(Record& record, const DeviceSource& source, const RunResult& run) {
   Discretion discretion({}, run.before);
   discretion.Learn(run.after);
-  Json::StreamWriterBuilder writer;
-  writer["indentation"] = "";
-  return Json::writeString(writer, ToJson(Tell(source.image, source.from, run, discretion)));
+  const HouseholdReport report = Tell(source.image, source.from, run, discretion);
+  for (const HouseholdReport::Found& found : report.findings) record.findings.emplace_back(found.kind->id);
+  record.household = ToJson(report);
 }
 
 /// Whether a line is one of the messages that tell no value.
@@ -136,8 +135,8 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source) {
 
 Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   Record record;
-  record.image = Utf8Text(source.image);
-  record.from = Utf8Text(source.from);
+  record.image = ValidUtf8(source.image);
+  record.from = ValidUtf8(source.from);
   try {
     LayOut(Read(source));
     run = bench_->Run({"--update-config", source.from}, options_.limit);
@@ -162,9 +161,12 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   Shorten(record);
   record.documents = DocumentsOf(run);
   record.archived = ArchivedOf(run);
-  record.findings = FindingsOf(run);
   record.milliseconds = run.duration.count();
-  if (options_.with_household) record.household = HouseholdOf(source, run);
+  if (options_.with_household) {
+    AddHousehold(record, source, run);
+  } else {
+    record.findings = FindingsOf(run);
+  }
   return record;
 }
 

@@ -1,31 +1,12 @@
 #include "lab/fleets/device_source.h"
 
-#include <json/json.h>
-
-#include <memory>
 #include <stdexcept>
+#include <utility>
 
-#include "lab/fleets/json_text.h"
+#include "lab/text/json.h"
 
 namespace lab::fleets {
 namespace {
-
-Json::Value Parse(std::string_view line) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  builder["strictRoot"] = false;  // what is JSON, yet no object, is to be told as that
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
-  bool is_json = false;
-  try {
-    is_json = reader->parse(line.data(), line.data() + line.size(), &value, nullptr);
-  } catch (const Json::Exception&) {
-    // nested too deep
-  }
-  if (!is_json) throw std::invalid_argument("is no JSON");
-  if (!value.isObject()) throw std::invalid_argument("is no JSON object");
-  return value;
-}
 
 /// Paths and arguments end at a NUL, whatever stands behind it.
 bool HasNul(const std::string& text) {
@@ -51,19 +32,12 @@ std::string BuildNumber(const Json::Value& value) {
   throw std::invalid_argument("\"from\" is neither a text nor a whole number");
 }
 
-std::string Texts(const std::map<std::string, std::string>& texts) {
-  std::string json = "{";
-  for (const auto& [name, text] : texts) {
-    json += (json.size() > 1 ? "," : "") + JsonText(name) + ":" + JsonText(text);
-  }
-  return json + "}";
-}
-
 }  // namespace
 
 DeviceSource ParseListLine(std::string_view line, const std::filesystem::path& folder,
                            const std::string& from) {
-  const Json::Value json = Parse(line);
+  const Json::Value json = ParseJson(line).value_or(Json::Value());
+  if (!json.isObject()) throw std::invalid_argument("is no JSON object");
   DeviceSource source;
   source.from = from;
   for (const std::string& name : json.getMemberNames()) {
@@ -88,11 +62,16 @@ DeviceSource ParseListLine(std::string_view line, const std::filesystem::path& f
 }
 
 std::string ListLine(const DeviceSource& source) {
-  std::string line = "{\"image\":" + JsonText(source.image);
-  if (!source.from.empty()) line += ",\"from\":" + JsonText(source.from);
-  if (!source.files.empty()) line += ",\"files\":" + Texts(source.files);
-  if (!source.boot.empty()) line += ",\"boot\":" + Texts(source.boot);
-  return line + "}";
+  JsonWriter json;
+  json.BeginObject().Member("image", source.image);
+  if (!source.from.empty()) json.Member("from", source.from);
+  for (const auto& [name, texts] : {std::pair{"files", &source.files}, std::pair{"boot", &source.boot}}) {
+    if (texts->empty()) continue;
+    json.Name(name).BeginObject();
+    for (const auto& [key, text] : *texts) json.Member(key, text);
+    json.End();
+  }
+  return json.End().Text();
 }
 
 }  // namespace lab::fleets

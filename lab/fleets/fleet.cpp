@@ -8,12 +8,11 @@
 
 #include "lab/findings/findings.h"
 #include "lab/fleets/device_queue.h"
-#include "lab/fleets/json_text.h"
 #include "lab/fleets/key_set.h"
 #include "lab/fleets/pool.h"
 #include "lab/fleets/progress.h"
 #include "lab/fleets/record_file.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab::fleets {
 namespace {
@@ -56,8 +55,8 @@ class Fleet {
   }
 
   bool IsWanted(const DeviceSource& source) {
-    const std::string image = Utf8Text(source.image);
-    const std::string from = Utf8Text(source.from);
+    const std::string image = ValidUtf8(source.image);
+    const std::string from = ValidUtf8(source.from);
     if (!seen_.Insert(KeyOf(image, from))) {
       if (state_.total) --*state_.total;
       Complain(image + " with build " + from + " comes again, and is left out: a device has one record");

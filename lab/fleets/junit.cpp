@@ -1,15 +1,15 @@
 #include <ostream>
 
 #include "lab/findings/findings.h"
-#include "lab/fleets/json_text.h"
 #include "lab/fleets/summary.h"
+#include "lab/text/utf8.h"
 
 namespace lab::fleets {
 namespace {
 
 /// UTF-8 without the two characters of three bytes that XML has no form for.
 std::string Characters(std::string_view text) {
-  std::string valid = Utf8Text(text);
+  std::string valid = ValidUtf8(text);
   for (const char* const none : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"}) {
     for (std::size_t place = valid.find(none); place != std::string::npos; place = valid.find(none, place)) {
       valid.replace(place, 3, "?");

@@ -1,35 +1,14 @@
 #include "lab/fleets/record.h"
 
-#include <json/json.h>
-
-#include <memory>
-
-#include "lab/fleets/json_text.h"
+#include "lab/text/json.h"
 
 namespace lab::fleets {
 namespace {
 
 constexpr int kSchema = 1;
 
-std::string Number(const std::optional<int>& number) {
-  return number ? std::to_string(*number) : "null";
-}
-
-std::string TextArray(const std::vector<std::string>& texts) {
-  std::string json = "[";
-  for (const std::string& text : texts) json += (json.size() > 1 ? "," : "") + JsonText(text);
-  return json + "]";
-}
-
-std::string LogArray(const std::vector<NumberedLine>& log) {
-  std::string json = "[";
-  for (const NumberedLine& line : log) {
-    if (json.size() > 1) json += ",";
-    json += "{\"number\":" + std::to_string(line.number) + ",\"severity\":" + std::to_string(line.severity) +
-            ",\"text\":" + JsonText(line.text) + "}";
-  }
-  return json + "]";
-}
+/// Quotation marks within a text have a backslash before them, so this is in no text.
+constexpr std::string_view kHousehold = ",\"household\":";
 
 /// Reads the members of a line; what is missing or of another kind makes it none.
 class Reader {
@@ -90,40 +69,42 @@ class Reader {
   bool is_good_ = true;
 };
 
-Json::Value Parse(std::string_view text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
-  try {
-    if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr)) return {};
-  } catch (const Json::Exception&) {
-    return {};  // nested too deep
-  }
-  return value;
-}
-
 }  // namespace
 
 std::string RecordLine(const Record& record) {
-  std::string line = "{\"schema\":" + std::to_string(kSchema);
-  line += ",\"image\":" + JsonText(record.image);
-  line += ",\"from\":" + JsonText(record.from);
-  line += ",\"outcome\":" + JsonText(OutcomeName(record.outcome));
-  line += ",\"status\":" + Number(record.status);
-  line += ",\"signal\":" + Number(record.signal);
-  line += ",\"error\":" + JsonText(record.error);
-  line += ",\"log\":" + LogArray(record.log);
-  line += ",\"documents\":" + TextArray(record.documents);
-  line += ",\"archived\":" + TextArray(record.archived);
-  line += ",\"findings\":" + TextArray(record.findings);
-  line += ",\"milliseconds\":" + std::to_string(record.milliseconds);
-  if (!record.household.empty()) line += ",\"household\":" + record.household;
-  return line + "}";
+  JsonWriter json;
+  json.BeginObject()
+      .Member("schema", kSchema)
+      .Member("image", record.image)
+      .Member("from", record.from)
+      .Member("outcome", OutcomeName(record.outcome))
+      .Member("status", record.status)
+      .Member("signal", record.signal)
+      .Member("error", record.error)
+      .Name("log")
+      .BeginArray();
+  for (const NumberedLine& line : record.log) {
+    json.BeginObject()
+        .Member("number", line.number)
+        .Member("severity", line.severity)
+        .Member("text", line.text)
+        .End();
+  }
+  json.End()
+      .Texts("documents", record.documents)
+      .Texts("archived", record.archived)
+      .Texts("findings", record.findings)
+      .Member("milliseconds", record.milliseconds);
+  if (!record.household.empty()) json.Name("household").AddJson(record.household);
+  return json.End().Text();
 }
 
 std::optional<Record> ParseRecord(std::string_view line) {
-  const Json::Value json = Parse(line);
+  // A household is most of a line and comes last. It is looked into by whoever shows it.
+  const std::size_t end = line.ends_with("}}") ? line.find(kHousehold) : std::string_view::npos;
+  const bool has_household = end != std::string_view::npos;
+  const std::string head = std::string(line.substr(0, end)) + (has_household ? "}" : "");
+  const Json::Value json = ParseJson(head).value_or(Json::Value());
   if (!json.isObject()) return std::nullopt;
   Reader reader(json);
   if (reader.Integer("schema") != kSchema) return std::nullopt;
@@ -139,11 +120,10 @@ std::optional<Record> ParseRecord(std::string_view line) {
   record.archived = reader.Texts("archived");
   record.findings = reader.Texts("findings");
   record.milliseconds = reader.Integer("milliseconds");
-  if (const Json::Value& household = json["household"]; !household.isNull()) {
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    writer["emitUTF8"] = true;
-    record.household = Json::writeString(writer, household);
+  if (has_household) {
+    record.household = line.substr(end + kHousehold.size(), line.size() - end - kHousehold.size() - 1);
+  } else if (const Json::Value& household = json["household"]; !household.isNull()) {
+    record.household = JsonLine(household);
   }
   if (!reader.IsGood() || !outcome) return std::nullopt;
   record.outcome = *outcome;

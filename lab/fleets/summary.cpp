@@ -12,6 +12,8 @@
 #include "lab/fleets/key_set.h"
 #include "lab/fleets/record_file.h"
 #include "lab/messages/message_kinds.h"
+#include "lab/text/addresses.h"
+#include "lab/text/json.h"
 
 namespace lab::fleets {
 namespace {
@@ -25,26 +27,12 @@ constexpr const char* kOthers = "(others)";
 /// The messages that tell of an unknown word.
 constexpr std::array kWordMessages{760, 776, 795, 811, 838, 855, 869};
 
-bool IsHexDigit(char character) {
-  return std::string_view("0123456789abcdefABCDEF").find(character) != std::string_view::npos;
-}
-
-bool IsAddressAt(std::string_view text, std::size_t place) {
-  constexpr std::string_view kForm = "00:00:00:00:00:00";
-  if (text.size() - place < kForm.size()) return false;
-  for (std::size_t i = 0; i < kForm.size(); ++i) {
-    const bool fits = kForm[i] == ':' ? text[place + i] == ':' : IsHexDigit(text[place + i]);
-    if (!fits) return false;
-  }
-  return true;
-}
-
 std::string WithoutAddresses(std::string_view text) {
   std::string plain;
   for (std::size_t place = 0; place < text.size();) {
-    const bool is_address = IsAddressAt(text, place);
-    plain += is_address ? "<MAC>" : std::string(1, text[place]);
-    place += is_address ? 17 : 1;
+    const auto address = MacAt(text, place);
+    plain += address ? "<MAC>" : std::string(1, text[place]);
+    place += address ? address->size : 1;
   }
   return plain;
 }
@@ -155,9 +143,10 @@ void ForEachRecord(const std::vector<std::filesystem::path>& files,
     const std::string& name = files[number].native();
     std::size_t line_number = 0;
     ForEachLine(OpenRecords(files[number]).Get(), name,
-                [&](std::string_view line, std::uintmax_t place, bool) {
+                [&](std::string_view line, std::uintmax_t place, bool is_torn) {
                   ++line_number;
-                  const auto record = ParseRecord(line);
+                  // A torn line may end where a household's part does.
+                  const auto record = is_torn && !ParseJson(line) ? std::nullopt : ParseRecord(line);
                   if (record) {
                     places.push_back({KeyOf(record->image, record->from), number, place});
                   } else {

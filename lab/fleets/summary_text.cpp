@@ -5,10 +5,10 @@
 
 #include "lab/findings/findings.h"
 #include "lab/fleets/counted.h"
-#include "lab/fleets/json_text.h"
 #include "lab/fleets/summary.h"
 #include "lab/messages/message_kinds.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/json.h"
+#include "lab/text/utf8.h"
 
 namespace lab::fleets {
 namespace {
@@ -114,43 +114,30 @@ void PrintLog(std::ostream& out, const Summary& summary) {
   }
 }
 
-std::string GroupJson(const DeviceGroup& group) {
-  std::string json = "\"devices\":" + std::to_string(group.devices) + ",\"examples\":[";
-  for (std::size_t i = 0; i < group.examples.size(); ++i)
-    json += (i > 0 ? "," : "") + JsonText(group.examples[i]);
-  return json + "]";
+void AddGroup(JsonWriter& json, const DeviceGroup& group) {
+  json.Member("devices", group.devices).Texts("examples", group.examples);
 }
 
-std::string FindingJson(const std::string& id, const DeviceGroup& group) {
-  std::string json = "{\"id\":" + JsonText(id);
+void AddFinding(JsonWriter& json, const std::string& id, const DeviceGroup& group) {
+  json.BeginObject().Member("id", id);
   if (const FindingKind* const kind = FindFindingKind(id)) {
-    json += ",\"title\":" + JsonText(kind->title) +
-            ",\"severity\":" + JsonText(SeverityName(kind->severity)) +
-            ",\"meaning\":" + JsonText(kind->meaning) + ",\"remedy\":" + JsonText(kind->remedy);
+    json.Member("title", kind->title)
+        .Member("severity", SeverityName(kind->severity))
+        .Member("meaning", kind->meaning)
+        .Member("remedy", kind->remedy);
   }
-  return json + "," + GroupJson(group) + "}";
+  AddGroup(json, group);
+  json.End();
 }
 
-std::string LogJson(int number, const LogGroup& group) {
-  const MessageKind* const kind = FindMessageKind(number);
-  std::string json = "{\"number\":" + std::to_string(number);
-  if (kind != nullptr) json += ",\"format\":" + JsonText(kind->format);
-  json += ",\"lines\":" + std::to_string(group.lines) + ",\"devices\":" + std::to_string(group.devices) +
-          ",\"words\":[";
-  bool is_first = true;
+void AddLog(JsonWriter& json, int number, const LogGroup& group) {
+  json.BeginObject().Member("number", number);
+  if (const MessageKind* const kind = FindMessageKind(number)) json.Member("format", kind->format);
+  json.Member("lines", group.lines).Member("devices", group.devices).Name("words").BeginArray();
   for (const auto& [word, count] : ByCount(group.words)) {
-    json += std::string(is_first ? "" : ",") + "{\"word\":" + JsonText(word) +
-            ",\"lines\":" + std::to_string(count) + "}";
-    is_first = false;
+    json.BeginObject().Member("word", word).Member("lines", count).End();
   }
-  return json + "]}";
-}
-
-/// `texts` between brackets.
-std::string Array(const std::vector<std::string>& texts) {
-  std::string json = "[";
-  for (const std::string& text : texts) json += (json.size() > 1 ? "," : "") + text;
-  return json + "]";
+  json.End().End();
 }
 
 }  // namespace
@@ -167,24 +154,21 @@ void PrintSummary(std::ostream& out, const Summary& summary) {
 }
 
 std::string SummaryJson(const Summary& summary) {
-  std::string json = "{\"schema\":1,\"devices\":" + std::to_string(summary.devices) + ",\"outcomes\":{";
-  bool is_first = true;
-  for (const auto& [outcome, count] : summary.outcomes) {
-    json += (is_first ? "" : ",") + JsonText(OutcomeName(outcome)) + ":" + std::to_string(count);
-    is_first = false;
-  }
-  std::vector<std::string> failures;
+  JsonWriter json;
+  json.BeginObject().Member("schema", 1).Member("devices", summary.devices).Name("outcomes").BeginObject();
+  for (const auto& [outcome, count] : summary.outcomes) json.Member(OutcomeName(outcome), count);
+  json.End().Name("failures").BeginArray();
   for (const auto& entry : ByDevices(summary.failures)) {
-    failures.push_back("{\"outcome\":" + JsonText(OutcomeName(entry->first.first)) +
-                       ",\"cause\":" + JsonText(entry->first.second) + "," + GroupJson(entry->second) + "}");
+    const auto& [cause, group] = *entry;
+    json.BeginObject().Member("outcome", OutcomeName(cause.first)).Member("cause", cause.second);
+    AddGroup(json, group);
+    json.End();
   }
-  std::vector<std::string> findings;
-  for (const auto& entry : BySeverity(summary.findings))
-    findings.push_back(FindingJson(entry->first, entry->second));
-  std::vector<std::string> log;
-  for (const auto& [number, group] : summary.log) log.push_back(LogJson(number, group));
-  return json + "},\"failures\":" + Array(failures) + ",\"findings\":" + Array(findings) +
-         ",\"log\":" + Array(log) + "}\n";
+  json.End().Name("findings").BeginArray();
+  for (const auto& entry : BySeverity(summary.findings)) AddFinding(json, entry->first, entry->second);
+  json.End().Name("log").BeginArray();
+  for (const auto& [number, group] : summary.log) AddLog(json, number, group);
+  return json.End().End().Text() + "\n";
 }
 
 }  // namespace lab::fleets

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "lab/images/secret_seal.h"
+#include "lab/text/base64.h"
+#include "lab/text/key_value.h"
 
 namespace lab::fleets {
 namespace {
@@ -77,21 +79,6 @@ constexpr std::array<std::string_view, 10> kThings{"TV",      "Phone",  "Laptop"
 constexpr std::array<std::string_view, 8> kCountries{"DE", "US", "JP", "FR", "GB", "SE", "BR", "AU"};
 constexpr std::array<std::string_view, 4> kModels{"orchid", "lotus", "maple", "cedar"};
 
-std::string Base64(std::string_view bytes) {
-  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  std::string text;
-  for (std::size_t place = 0; place < bytes.size(); place += 3) {
-    std::uint32_t three = 0;
-    for (std::size_t i = 0; i < 3; ++i) {
-      three = three << 8U | (place + i < bytes.size() ? static_cast<unsigned char>(bytes[place + i]) : 0U);
-    }
-    for (std::size_t i = 0; i < 4; ++i) {
-      text += place + i > bytes.size() ? '=' : kDigits[three >> (18 - 6 * i) & 63U];
-    }
-  }
-  return text;
-}
-
 std::string WithColons(const std::string& digits) {
   std::string mac;
   for (std::size_t i = 0; i < digits.size(); i += 2) mac += (mac.empty() ? "" : ":") + digits.substr(i, 2);
@@ -99,12 +86,6 @@ std::string WithColons(const std::string& digits) {
 }
 
 using Entries = std::vector<std::pair<std::string, std::string>>;
-
-std::string Text(const Entries& entries) {
-  std::string text;
-  for (const auto& [key, value] : entries) text.append(key).append("=").append(value).append("\n");
-  return text;
-}
 
 /// A household and its device, put together from choices.
 class Maker {
@@ -157,7 +138,7 @@ class Maker {
                   {"mesh_swap_backhaul_band", dice_.OneIn(5) ? "yes" : "no"},
                   {"wps_pin", dice_.Digits(8)},
                   {"serial", "KA" + dice_.Digits(10)}};
-    File("/usr/kelp/etc/info.conf") = Text(facts);
+    File("/usr/kelp/etc/info.conf") = KeyValueText(facts);
     File("/usr/kelp/etc/secret.key") = key_ + "\n";
     File("/usr/kelp/etc/mesh/mesh.conf") =
         has_nodes_ ? "{\"repeater_nodes\": [{\"name\": \"Garage\", \"model\": \"lotus\"}]}\n"
@@ -187,8 +168,8 @@ class Maker {
     File(folder + "lbd.conf") = "ConfigId=1\n";
     File(folder + "lbd.guest.conf") = "ConfigId=2\n";
     File(folder + "wifi_nvram") = "wl0_country_code=" + std::string(dice_.Of(kCountries)) + "\n";
-    File(folder + "wifi_wps") =
-        Text({{"is_wps_ap_pin_enabled", dice_.OneIn(10) ? "yes" : "no"}, {"wps_ap_pin", dice_.Digits(8)}});
+    File(folder + "wifi_wps") = KeyValueText(
+        {{"is_wps_ap_pin_enabled", dice_.OneIn(10) ? "yes" : "no"}, {"wps_ap_pin", dice_.Digits(8)}});
     MakeFilters();
   }
 
@@ -222,7 +203,7 @@ class Maker {
       AddRotation(entries);
       AddRadio(entries, place, is_smart, has_wps);
       radio_files_.push_back(kWifi + ("wifi_ap_" + addresses[place]));
-      File(radio_files_.back()) = Text(entries);
+      File(radio_files_.back()) = KeyValueText(entries);
     }
   }
 
@@ -235,7 +216,7 @@ class Maker {
       entries.emplace_back(prefix + key, std::move(value));
     };
     add("enabled", is_enabled ? "yes" : "no");
-    add("ssid", Base64(network.ssid));
+    add("ssid", ToBase64(network.ssid));
     add("display_ssid", "yes");
     add("max_num_client", prefix.empty() ? "128" : "32");
     add("allow_access_guest", "no");
@@ -316,10 +297,10 @@ class Maker {
     std::string& radio = File(radio_files_.at(dice_.Below(radio_files_.size())));
     switch (dice_.Below(14)) {
       case 0:  // a name in Latin-1
-        SetValue(radio, "ssid", Base64("Caf\xE9 M\xFCller"));
+        SetValue(radio, "ssid", ToBase64("Caf\xE9 M\xFCller"));
         break;
       case 1:  // one in Shift_JIS
-        SetValue(radio, "ssid", Base64("\x93\x91\x94\x92\x8E\xBA"));
+        SetValue(radio, "ssid", ToBase64("\x93\x91\x94\x92\x8E\xBA"));
         break;
       case 2:  // a file that went through another editor
         ReplaceLineEnds(radio);
@@ -384,11 +365,8 @@ class Maker {
     }
   }
 
-  static void SetValue(std::string& text, const std::string& key, const std::string& value) {
-    const std::size_t start = ("\n" + text).find("\n" + key + "=");
-    if (start == std::string::npos) return;
-    const std::size_t behind = start + key.size() + 1;
-    text.replace(behind, text.find('\n', behind) - behind, value);
+  static void SetValue(std::string& text, std::string_view key, std::string_view value) {
+    text = WithValue(text, key, value);
   }
 
   static void ReplaceLineEnds(std::string& text) {

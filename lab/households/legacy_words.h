@@ -18,10 +18,12 @@ bool IsLostFlag(const std::optional<std::string>& word);
 /// refuse.
 bool IsLostRefusal(const std::optional<std::string>& word);
 
+/// Whether the number is all that a word says, or there is no word: blanks around it, a plus and leading
+/// zeros are nothing.
+bool IsReadWhole(std::string_view word, int number);
+
 /// Without the blanks at its beginning: white space as C has it, carriage returns included.
 std::string_view SkipBlanks(std::string_view word);
-/// With the letters of ASCII in lower case.
-std::string InLowerCase(std::string_view word);
 /// Without blanks around it and in lower case.
 std::string PlainWord(std::string_view word);
 

@@ -1,14 +1,12 @@
 #include "lab/households/rehearsal.h"
 
-#include <json/reader.h>
-
 #include <algorithm>
 #include <array>
-#include <memory>
 
 #include "lab/households/access_point_file.h"
 #include "lab/images/tree_lookup.h"
 #include "lab/messages/message_kinds.h"
+#include "lab/text/json.h"
 
 namespace lab {
 namespace {
@@ -23,19 +21,6 @@ constexpr std::array<const char*, 3> kNetworkDocuments{"network.json.default", "
                                                        "network.json.repeater"};
 
 }  // namespace
-
-std::optional<Json::Value> ParseDocument(std::string_view text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value document;
-  std::string errors;
-  try {
-    if (reader->parse(text.data(), text.data() + text.size(), &document, &errors)) return document;
-  } catch (const Json::Exception&) {  // nested too deep
-  }
-  return std::nullopt;
-}
 
 std::string NetworkPart::Key(std::string_view key) const {
   return (is_guest && key != "pmf_mode" ? "guest_" : "") + std::string(key);
@@ -116,7 +101,7 @@ const Json::Value* Rehearsal::Document(const std::string& name) const {
 void Rehearsal::ReadDocument(const std::string& name) {
   const Entry* const file = FindFile(run_.after, kWifiFolder + name);
   if (file == nullptr) return;
-  if (auto document = ParseDocument(file->content)) documents_.emplace(name, std::move(*document));
+  if (auto document = ParseJson(file->content)) documents_.emplace(name, std::move(*document));
 }
 
 void Rehearsal::ReadDocuments() {

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "lab/households/legacy_text.h"
 #include "lab/runs/outcome.h"
 #include "lab/runs/program_run.h"
+#include "lab/text/key_value.h"
 
 namespace lab {
 
@@ -104,9 +104,6 @@ class Rehearsal {
 
   mutable std::map<std::string, std::vector<LegacyEntry>> entries_;  // of the files asked for
 };
-
-/// The text as a device reads JSON; none for anything else.
-std::optional<Json::Value> ParseDocument(std::string_view text);
 
 /// Members of a document's object, whatever was written there: the given value where the member is missing or
 /// of another kind.

@@ -1,10 +1,11 @@
 #include "lab/households/schemas.h"
 
-#include <json/reader.h>
-
 #include <map>
-#include <memory>
+#include <optional>
 #include <stdexcept>
+#include <utility>
+
+#include "lab/text/json.h"
 
 namespace lab {
 
@@ -12,13 +13,9 @@ const Json::Value& Schema(const std::string& document) {
   static std::map<std::string, Json::Value> parsed;
   const auto [place, is_new] = parsed.try_emplace(document);
   if (!is_new) return place->second;
-  const std::string_view text = SchemaText(document + ".schema.json");
-  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-  std::string errors;
-  if (!reader->parse(text.data(), text.data() + text.size(), &place->second, &errors)) {
-    throw std::logic_error("the schema of " + document + " is no JSON: " + errors);
-  }
-  return place->second;
+  std::optional<Json::Value> schema = ParseJson(SchemaText(document + ".schema.json"));
+  if (!schema) throw std::logic_error("the schema of " + document + " is no JSON");
+  return place->second = std::move(*schema);
 }
 
 const Json::Value& Properties(const std::string& document, const std::string& object) {

@@ -1,5 +1,7 @@
 #include "lab/images/boot_environment.h"
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -15,17 +17,9 @@ constexpr std::size_t kSumSize = 4;
 /// More than any device has; a size out of a damaged file must not cost the host its memory.
 constexpr std::size_t kLargest = std::size_t{1} << 20;
 
-/// The CRC-32 of zlib, which U-Boot uses.
-std::uint32_t Crc32(std::string_view bytes) {
-  std::uint32_t sum = 0xFFFFFFFF;
-  for (const char byte : bytes) {
-    sum ^= static_cast<unsigned char>(byte);
-    for (int bit = 0; bit < 8; ++bit) sum = (sum >> 1) ^ ((sum & 1) != 0 ? 0xEDB88320 : 0);
-  }
-  return ~sum;
-}
-
-std::string BytesOf(std::uint32_t number, std::endian order) {
+/// The CRC-32 of `data` as it stands before it.
+std::string Sum(std::string_view data, std::endian order) {
+  const auto number = ::crc32_z(0, reinterpret_cast<const unsigned char*>(data.data()), data.size());
   std::string bytes;
   for (unsigned shift = 0; shift < 32; shift += 8) bytes.push_back(static_cast<char>(number >> shift & 0xFF));
   if (order == std::endian::big) std::reverse(bytes.begin(), bytes.end());
@@ -80,13 +74,13 @@ std::size_t SizeBehind(std::size_t header, std::size_t size) {
 std::string BootEnvironment(const BootVariables& variables, std::size_t size, unsigned char padding,
                             std::endian order) {
   const std::string data = Data(variables, SizeBehind(kSumSize, size), padding);
-  return BytesOf(Crc32(data), order) + data;
+  return Sum(data, order) + data;
 }
 
 std::string RedundantBootEnvironment(const BootVariables& variables, std::size_t size, std::uint8_t flag,
                                      unsigned char padding, std::endian order) {
   const std::string data = Data(variables, SizeBehind(kSumSize + 1, size), padding);
-  return BytesOf(Crc32(data), order) + static_cast<char>(flag) + data;
+  return Sum(data, order) + static_cast<char>(flag) + data;
 }
 
 std::vector<BootCopy> BootCopiesIn(const std::string& config) {
@@ -109,7 +103,7 @@ std::optional<BootContent> ReadBootCopy(std::string_view file, const BootCopy& c
   BootContent content;
   content.flag = is_redundant ? static_cast<std::uint8_t>(bytes[kSumSize]) : std::uint8_t{0};
   for (const std::endian order : {std::endian::little, std::endian::big}) {
-    if (bytes.substr(0, kSumSize) != BytesOf(Crc32(bytes.substr(header)), order)) continue;
+    if (bytes.substr(0, kSumSize) != Sum(bytes.substr(header), order)) continue;
     content.order = order;
     content.variables = VariablesIn(bytes.substr(header));
     return content;

@@ -4,7 +4,8 @@
 
 #include <array>
 #include <stdexcept>
-#include <vector>
+
+#include "lab/text/base64.h"
 
 namespace lab {
 namespace {
@@ -23,13 +24,6 @@ Key ParseKey(std::string_view hex) {
   return key;
 }
 
-std::string Base64(const std::vector<unsigned char>& bytes) {
-  std::string text(sodium_base64_ENCODED_LEN(bytes.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
-  sodium_bin2base64(text.data(), text.size(), bytes.data(), bytes.size(), sodium_base64_VARIANT_ORIGINAL);
-  text.pop_back();  // its terminator
-  return text;
-}
-
 }  // namespace
 
 std::string SealSecret(std::string_view plain, std::string_view hex_key,
@@ -37,19 +31,20 @@ std::string SealSecret(std::string_view plain, std::string_view hex_key,
   if (sodium_init() < 0) throw std::runtime_error("libsodium cannot be initialised");
   Key key = ParseKey(hex_key);
 
-  std::vector<unsigned char> sealed(crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES + plain.size());
+  std::string sealed(crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES + plain.size(), '\0');
+  auto* const bytes = reinterpret_cast<unsigned char*>(sealed.data());
   if (!nonce) {
-    randombytes_buf(sealed.data(), crypto_secretbox_NONCEBYTES);
+    randombytes_buf(bytes, crypto_secretbox_NONCEBYTES);
   } else if (nonce->size() == crypto_secretbox_NONCEBYTES) {
-    nonce->copy(reinterpret_cast<char*>(sealed.data()), nonce->size());
+    nonce->copy(sealed.data(), nonce->size());
   } else {
     throw std::invalid_argument("a nonce is 24 bytes");
   }
-  crypto_secretbox_easy(sealed.data() + crypto_secretbox_NONCEBYTES,
-                        reinterpret_cast<const unsigned char*>(plain.data()), plain.size(), sealed.data(),
+  crypto_secretbox_easy(bytes + crypto_secretbox_NONCEBYTES,
+                        reinterpret_cast<const unsigned char*>(plain.data()), plain.size(), bytes,
                         key.data());
   sodium_memzero(key.data(), key.size());
-  return Base64(sealed);
+  return ToBase64(sealed);
 }
 
 }  // namespace lab

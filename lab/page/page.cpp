@@ -1,10 +1,10 @@
 #include "lab/page/page.h"
 
-#include <json/reader.h>
+#include <json/value.h>
 #include <sodium.h>
 
 #include <array>
-#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -14,6 +14,7 @@
 #include "lab/page/page_text.h"
 #include "lab/page/script_data.h"
 #include "lab/runs/outcome.h"
+#include "lab/text/base64.h"
 
 namespace lab::page {
 namespace {
@@ -56,10 +57,7 @@ Json::Value Meanings() {
 std::string PolicySource(std::string_view text) {
   std::array<unsigned char, crypto_hash_sha256_BYTES> hash{};
   crypto_hash_sha256(hash.data(), reinterpret_cast<const unsigned char*>(text.data()), text.size());
-  std::string encoded(sodium_base64_ENCODED_LEN(hash.size(), sodium_base64_VARIANT_ORIGINAL), '\0');
-  sodium_bin2base64(encoded.data(), encoded.size(), hash.data(), hash.size(), sodium_base64_VARIANT_ORIGINAL);
-  encoded.pop_back();  // the NUL
-  return "'sha256-" + encoded + "'";
+  return "'sha256-" + ToBase64({reinterpret_cast<const char*>(hash.data()), hash.size()}) + "'";
 }
 
 std::string Script() {
@@ -73,19 +71,10 @@ std::string Script() {
 
 }  // namespace
 
-void Page::Add(const Json::Value& device) {
-  if (!device.isObject()) throw std::invalid_argument("a page takes devices that are objects");
-  devices_ += (devices_.empty() ? "" : ",\n") + ScriptData(shared_.Share(device));
-}
-
 void Page::Add(std::string_view json) {
-  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-  Json::Value device;
-  std::string errors;
-  if (!reader->parse(json.data(), json.data() + json.size(), &device, &errors)) {
-    throw std::invalid_argument("a page takes JSON: " + errors);
-  }
-  Add(device);
+  const std::optional<std::string> device = shared_.Share(json);
+  if (!device || !device->starts_with('{')) throw std::invalid_argument("a page takes JSON objects");
+  devices_ += (devices_.empty() ? "" : ",\n") + *device;
 }
 
 std::string Page::Data() const {

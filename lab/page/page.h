@@ -1,7 +1,5 @@
 #pragma once
 
-#include <json/value.h>
-
 #include <string>
 #include <string_view>
 
@@ -25,10 +23,7 @@ class Page {
  public:
   explicit Page(Kind kind) : kind_(kind) {}
 
-  /// Throws std::invalid_argument for anything but an object.
-  void Add(const Json::Value& device);
-
-  /// The same from a JSON text.
+  /// A device as a JSON text. Throws std::invalid_argument for anything but an object.
   void Add(std::string_view json);
 
   /// A device that a comparison found nothing in: it is counted, no more.

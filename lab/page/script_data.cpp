@@ -1,8 +1,7 @@
 #include "lab/page/script_data.h"
 
-#include <json/writer.h>
-
-#include "lab/reports/safe_text.h"
+#include "lab/text/json.h"
+#include "lab/text/utf8.h"
 
 namespace lab::page {
 namespace {
@@ -25,11 +24,8 @@ Json::Value Safe(const Json::Value& value) {
 }  // namespace
 
 std::string ScriptData(const Json::Value& value) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  builder["emitUTF8"] = false;
   std::string text;
-  for (const char byte : Json::writeString(builder, Safe(value))) {
+  for (const char byte : JsonLine(Safe(value))) {
     // These stand in strings alone.
     switch (byte) {
       case '<':

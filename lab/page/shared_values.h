@@ -1,8 +1,8 @@
 #pragma once
 
-#include <json/value.h>
-
+#include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -12,20 +12,23 @@ namespace lab::page {
 /// same.
 class SharedValues {
  public:
-  /// The value with every array of objects, at any depth, exchanged for {"refs": [places]}: each object
-  /// stands at its place among the texts, with its own arrays exchanged alike. A setting's "file" is left out
-  /// where it is that of the part it stands in.
-  Json::Value Share(const Json::Value& value);
+  /// The value that a JSON text stands for as ScriptData makes it, with every array that holds objects, at
+  /// any depth, exchanged for {"refs": [indices]}: each element is at its index among the texts, with its own
+  /// arrays exchanged alike. A setting's "file" is left out if it is that of the part that the setting is in.
+  /// None if the text is not JSON.
+  std::optional<std::string> Share(std::string_view json);
 
-  /// As ScriptData makes them.
   const std::vector<std::string>& Texts() const { return texts_; }
 
  private:
-  Json::Value ShareArray(const Json::Value& array);
-  Json::Value ShareObject(const Json::Value& object);
+  friend class SharingPass;
+
+  std::size_t IndexOf(const std::string& text);
+  /// Forgets the texts from that index on.
+  void Cut(std::size_t size);
 
   std::vector<std::string> texts_;
-  std::unordered_map<std::string, std::size_t> places_;
+  std::unordered_map<std::string, std::size_t> indices_;
 };
 
 }  // namespace lab::page

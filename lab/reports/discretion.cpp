@@ -1,18 +1,17 @@
 #include "lab/reports/discretion.h"
 
-#include <json/reader.h>
-#include <json/writer.h>
 #include <sodium.h>
 
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <set>
 #include <stdexcept>
 
-#include "lab/reports/addresses.h"
 #include "lab/reports/masks.h"
 #include "lab/reports/personal_keys.h"
+#include "lab/text/addresses.h"
+#include "lab/text/base64.h"
+#include "lab/text/json.h"
 
 namespace lab {
 namespace {
@@ -30,46 +29,10 @@ const std::set<std::string_view> kNobodysNames{"Primary Network",         "Guest
                                                "Primary Network - Deny",  "Guest Network - Deny",
                                                "Primary Network - Allow", "Guest Network - Allow"};
 
-std::optional<std::string> DecodedBase64(const std::string& text) {
-  std::string bytes(text.size(), '\0');
-  std::size_t size = 0;
-  const int result =
-      sodium_base642bin(reinterpret_cast<unsigned char*>(bytes.data()), bytes.size(), text.data(),
-                        text.size(), nullptr, &size, nullptr, sodium_base64_VARIANT_ORIGINAL);
-  if (result != 0) return std::nullopt;
-  bytes.resize(size);
-  return bytes;
-}
-
-/// Strictly: what a forgiving reader passes over (a comment, a member that comes twice, what stands behind
-/// the end) could hold what nobody is to see.
-std::optional<Json::Value> ParseJson(std::string_view text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
-  std::string errors;
-  try {
-    if (reader->parse(text.data(), text.data() + text.size(), &value, &errors)) return value;
-  } catch (const Json::Exception&) {
-  }
-  return std::nullopt;
-}
-
-std::string JsonText(const Json::Value& value) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "\t";
-  builder["emitUTF8"] = true;
-  return Json::writeString(builder, value) + "\n";
-}
-
 /// The text as it stands between the quotes of a JSON text.
 std::string JsonEscaped(const std::string& text, bool as_utf8) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  builder["emitUTF8"] = as_utf8;
-  const std::string quoted = Json::writeString(builder, text);
-  return quoted.substr(1, quoted.size() - 2);
+  const std::string quoted = as_utf8 ? DocumentJson(text) : JsonLine(text);
+  return quoted.substr(1, quoted.rfind('"') - 1);
 }
 
 std::string_view Trimmed(std::string_view text) {
@@ -143,6 +106,7 @@ void Discretion::Learn(const Tree& device) {
   for (const auto& [path, entry] : device) {
     if (entry.kind != Entry::Kind::File) continue;
     if (IsKeyFile(path)) LearnSecret(entry.content.substr(0, entry.content.find_first_of("\r\n")));
+    // A forgiving reader would pass over what could hold a secret: a comment, a member that comes twice.
     std::optional<Json::Value> document;
     if (LooksLikeJson(path, entry.content)) document = ParseJson(entry.content);
     if (document) {
@@ -256,7 +220,7 @@ std::string Discretion::Ssid(const std::string& ssid) const {
 }
 
 std::string Discretion::StoredSsid(const std::string& stored) const {
-  const std::optional<std::string> ssid = DecodedBase64(stored);
+  const std::optional<std::string> ssid = FromBase64(stored);
   if (choice_.anonymous && !stored.empty()) return Digest("ssid", ssid.value_or(stored));
   return HoldsSecret(stored) || HoldsSecret(ssid.value_or("")) ? kMask : stored;
 }
@@ -391,7 +355,7 @@ std::string Discretion::JsonFileText(std::string_view content) const {
   const auto value = ParseJson(content);
   if (!value) return "(not shown, since it is no whole JSON and may hold secrets; --show-secrets shows it)\n";
   const Json::Value shown = Document(*value);
-  return shown == *value ? std::string(content) : JsonText(shown);
+  return shown == *value ? std::string(content) : DocumentJson(shown);
 }
 
 std::string Discretion::FileText(const std::string& path, std::string_view content) const {

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <set>
 
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab {
 namespace {

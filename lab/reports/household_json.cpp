@@ -1,11 +1,12 @@
 #include "lab/reports/household_json.h"
 
-#include <json/writer.h>
+#include <json/value.h>
 
 #include "lab/households/schemas.h"
 #include "lab/messages/message_kinds.h"
 #include "lab/reports/report.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/json.h"
+#include "lab/text/utf8.h"
 
 namespace lab {
 namespace {
@@ -23,142 +24,129 @@ Json::Value Safe(const Json::Value& value) {
   return safe;
 }
 
-Json::Value ToJson(const Setting& setting) {
-  Json::Value json;
-  json["member"] = setting.member;
-  json["title"] = setting.title;
-  if (!setting.key.empty()) {
-    json["file"] = PrintableLine(setting.file);
-    json["key"] = setting.key;
+void AddValue(JsonWriter& json, const Json::Value& value) {
+  if (value.isString()) {
+    json.Add(PrintableLine(value.asString()));
+  } else if (value.isBool()) {
+    json.Add(value.asBool());
+  } else if (value.isInt()) {
+    json.Add(value.asInt());
+  } else {
+    json.AddJson(JsonLine(Safe(value)));
   }
-  json["was"] = setting.was ? Json::Value(PrintableLine(*setting.was)) : Json::Value();
-  json["now"] = Safe(setting.now);
-  json["meaning"] = setting.meaning;
-  json["fellBack"] = setting.fell_back;
-  json["decidedByAllBands"] = setting.decided_elsewhere;
-  return json;
 }
 
-Json::Value ToJson(const std::vector<Setting>& settings) {
-  Json::Value json(Json::arrayValue);
-  for (const Setting& setting : settings) json.append(ToJson(setting));
-  return json;
+void AddSettings(JsonWriter& json, const char* name, const std::vector<Setting>& settings) {
+  json.Name(name).BeginArray();
+  for (const Setting& setting : settings) {
+    json.BeginObject().Member("decidedByAllBands", setting.decided_elsewhere);
+    json.Member("fellBack", setting.fell_back);
+    if (!setting.key.empty()) json.Member("file", PrintableLine(setting.file)).Member("key", setting.key);
+    json.Member("meaning", setting.meaning).Member("member", setting.member).Name("now");
+    AddValue(json, setting.now);
+    json.Member("title", setting.title).Name("was");
+    setting.was ? json.Add(PrintableLine(*setting.was)) : json.AddJson("null");
+    json.End();
+  }
+  json.End();
 }
 
-Json::Value ToJson(const std::vector<HouseholdReport::Part>& parts) {
-  Json::Value json(Json::arrayValue);
+void AddParts(JsonWriter& json, const std::vector<HouseholdReport::Part>& parts) {
+  json.Name("radios").BeginArray();
   for (const HouseholdReport::Part& part : parts) {
-    Json::Value& entry = json.append(Json::Value(Json::objectValue));
-    entry["frequency"] = part.frequency;
-    entry["name"] = RadioName(part.frequency);
-    entry["file"] = PrintableLine(part.file);
-    entry["settings"] = ToJson(part.settings);
+    json.BeginObject().Member("file", PrintableLine(part.file)).Member("frequency", part.frequency);
+    json.Member("name", RadioName(part.frequency));
+    AddSettings(json, "settings", part.settings);
+    json.End();
   }
-  return json;
+  json.End();
 }
 
-Json::Value ToJson(const std::vector<HouseholdReport::Network>& networks) {
-  Json::Value json(Json::arrayValue);
+void AddNetworks(JsonWriter& json, const std::vector<HouseholdReport::Network>& networks) {
+  json.Name("networks").BeginArray();
   for (const HouseholdReport::Network& network : networks) {
-    Json::Value& entry = json.append(Json::Value(Json::objectValue));
-    entry["name"] = PrintableLine(network.name);
-    entry["guest"] = network.is_guest;
-    entry["settings"] = ToJson(network.settings);
-    entry["radios"] = ToJson(network.radios);
+    json.BeginObject().Member("guest", network.is_guest).Member("name", PrintableLine(network.name));
+    AddParts(json, network.radios);
+    AddSettings(json, "settings", network.settings);
+    json.End();
   }
-  return json;
+  json.End();
 }
 
-Json::Value ToJson(const std::vector<HouseholdReport::FilterProfile>& filters) {
-  Json::Value json(Json::arrayValue);
+void AddFilters(JsonWriter& json, const std::vector<HouseholdReport::FilterProfile>& filters) {
+  json.Name("macFilterProfiles").BeginArray();
   for (const HouseholdReport::FilterProfile& filter : filters) {
-    Json::Value& entry = json.append(Json::Value(Json::objectValue));
-    entry["id"] = filter.id;
-    entry["name"] = PrintableLine(filter.name);
-    entry["policy"] = filter.policy;
-    entry["devices"] = Safe(filter.devices);
+    json.BeginObject().Name("devices").AddJson(JsonLine(Safe(filter.devices))).Member("id", filter.id);
+    json.Member("name", PrintableLine(filter.name)).Member("policy", filter.policy).End();
   }
-  return json;
+  json.End();
 }
 
-Json::Value ToJson(const std::vector<std::string>& texts) {
-  Json::Value json(Json::arrayValue);
-  for (const std::string& text : texts) json.append(PrintableLine(text));
-  return json;
+void AddTexts(JsonWriter& json, const char* name, const std::vector<std::string>& texts) {
+  json.Name(name).BeginArray();
+  for (const std::string& text : texts) json.Add(PrintableLine(text));
+  json.End();
 }
 
-Json::Value ToJson(const std::vector<HouseholdReport::Found>& findings) {
-  Json::Value json(Json::arrayValue);
+void AddFindings(JsonWriter& json, const std::vector<HouseholdReport::Found>& findings) {
+  json.Name("findings").BeginArray();
   for (const auto& [kind, places] : findings) {
-    Json::Value& entry = json.append(Json::Value(Json::objectValue));
-    entry["id"] = std::string(kind->id);
-    entry["title"] = std::string(kind->title);
-    entry["severity"] = std::string(SeverityName(kind->severity));
-    entry["meaning"] = std::string(kind->meaning);
-    entry["remedy"] = std::string(kind->remedy);
-    entry["places"] = ToJson(places);
+    json.BeginObject().Member("id", kind->id).Member("meaning", kind->meaning);
+    AddTexts(json, "places", places);
+    json.Member("remedy", kind->remedy).Member("severity", SeverityName(kind->severity));
+    json.Member("title", kind->title).End();
   }
-  return json;
+  json.End();
 }
 
-Json::Value ToJson(const std::vector<HouseholdReport::Message>& log) {
-  Json::Value json(Json::arrayValue);
+void AddLog(JsonWriter& json, const std::vector<HouseholdReport::Message>& log) {
+  json.Name("log").BeginArray();
   for (const HouseholdReport::Message& line : log) {
-    Json::Value& entry = json.append(Json::Value(Json::objectValue));
-    entry["number"] = line.number;
-    entry["severity"] = std::string(SeverityName(line.severity));
-    entry["text"] = PrintableLine(line.text);
     const MessageKind* const kind = FindMessageKind(line.number);
-    if (kind == nullptr) continue;
-    entry["cause"] = std::string(kind->cause);
-    entry["effect"] = std::string(kind->effect);
-    entry["remedy"] = std::string(kind->remedy);
+    json.BeginObject();
+    if (kind != nullptr) json.Member("cause", kind->cause).Member("effect", kind->effect);
+    json.Member("number", line.number);
+    if (kind != nullptr) json.Member("remedy", kind->remedy);
+    json.Member("severity", SeverityName(line.severity)).Member("text", PrintableLine(line.text)).End();
   }
-  return json;
+  json.End();
 }
 
-Json::Value ToJson(const TreeDiff& files) {
-  Json::Value json;
-  json["written"] = ToJson(files.written);
-  json["changed"] = ToJson(files.changed);
-  json["removed"] = ToJson(files.removed);
-  json["moved"] = Json::Value(Json::arrayValue);
+void AddFiles(JsonWriter& json, const TreeDiff& files) {
+  json.Name("files").BeginObject();
+  AddTexts(json, "changed", files.changed);
+  json.Name("moved").BeginArray();
   for (const TreeDiff::Move& move : files.moved) {
-    Json::Value& entry = json["moved"].append(Json::Value(Json::objectValue));
-    entry["from"] = PrintableLine(move.from);
-    entry["to"] = PrintableLine(move.to);
+    json.BeginObject().Member("from", PrintableLine(move.from)).Member("to", PrintableLine(move.to)).End();
   }
-  return json;
+  json.End();
+  AddTexts(json, "removed", files.removed);
+  AddTexts(json, "written", files.written);
+  json.End();
 }
 
 }  // namespace
 
-Json::Value ToJson(const HouseholdReport& report) {
-  Json::Value json;
-  json["schema"] = 1;
-  json["image"] = PrintableLine(report.image);
-  json["from"] = PrintableLine(report.from);
-  json["outcome"] = std::string(OutcomeName(report.outcome));
-  json["status"] = report.status;
-  json["signal"] = report.signal;
-  json["error"] = Printable(report.error);
-  json["standardOutput"] = Printable(report.out);
-  json["standardError"] = Printable(report.err);
-  json["device"] = ToJson(report.device);
-  json["networks"] = ToJson(report.networks);
-  json["radios"] = ToJson(report.radios);
-  json["wps"] = ToJson(report.wps);
-  json["macFilterProfiles"] = ToJson(report.filters);
-  json["findings"] = ToJson(report.findings);
-  json["log"] = ToJson(report.log);
-  json["files"] = ToJson(report.files);
-  return json;
-}
-
-std::string ToText(const Json::Value& value) {
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "  ";
-  return Json::writeString(builder, value) + "\n";
+// Written as it is told: a tree of values would cost as much as the rest of the report. Members are in the
+// order of their names, as the library has them.
+std::string ToJson(const HouseholdReport& report) {
+  JsonWriter json(JsonWriter::Strings::Ascii);
+  json.BeginObject();
+  AddSettings(json, "device", report.device);
+  json.Member("error", Printable(report.error));
+  AddFiles(json, report.files);
+  AddFindings(json, report.findings);
+  json.Member("from", PrintableLine(report.from)).Member("image", PrintableLine(report.image));
+  AddLog(json, report.log);
+  AddFilters(json, report.filters);
+  AddNetworks(json, report.networks);
+  json.Member("outcome", OutcomeName(report.outcome));
+  AddParts(json, report.radios);
+  json.Member("schema", 1).Member("signal", report.signal);
+  json.Member("standardError", Printable(report.err)).Member("standardOutput", Printable(report.out));
+  json.Member("status", report.status);
+  AddSettings(json, "wps", report.wps);
+  return json.End().Text();
 }
 
 }  // namespace lab

@@ -1,17 +1,13 @@
 #pragma once
 
-#include <json/value.h>
-
 #include <string>
 
 #include "lab/reports/household_report.h"
 
 namespace lab {
 
-/// The report as one JSON object. Texts are as PrintableLine makes them; member "schema" tells the form, 1.
-Json::Value ToJson(const HouseholdReport& report);
-
-/// A JSON value as indented text of ASCII characters, with a line end.
-std::string ToText(const Json::Value& value);
+/// The report as one JSON object on one line, in ASCII. Texts are as PrintableLine makes them; member
+/// "schema" tells the form, 1.
+std::string ToJson(const HouseholdReport& report);
 
 }  // namespace lab

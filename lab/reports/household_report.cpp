@@ -1,12 +1,11 @@
 #include "lab/reports/household_report.h"
 
-#include <json/writer.h>
-
 #include <algorithm>
 #include <utility>
 
 #include "lab/households/rehearsal.h"
 #include "lab/households/schemas.h"
+#include "lab/text/json.h"
 
 namespace lab {
 namespace {
@@ -22,14 +21,19 @@ bool IsContainer(const Json::Value& value) {
 Json::Value Plain(const Json::Value& value) {
   const bool is_list = value.isArray() && std::none_of(value.begin(), value.end(), IsContainer);
   if (!IsContainer(value) || is_list) return value;
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  return Json::writeString(builder, value).substr(0, kLongestOther);
+  return JsonLine(value).substr(0, kLongestOther);
 }
 
 std::vector<Setting> Shown(std::vector<Setting> settings, const Discretion& discretion) {
+  // Most settings of a part are of one file.
+  std::string file;
+  std::string shown_file;
   for (Setting& setting : settings) {
-    setting.file = discretion.Text(setting.file);
+    if (setting.file != file) {
+      file = setting.file;
+      shown_file = discretion.Text(file);
+    }
+    setting.file = shown_file;
     if (setting.was) setting.was = discretion.Value(setting.key, *setting.was);
     const std::string name = setting.member.substr(setting.member.rfind('.') + 1);
     setting.now = Plain(discretion.Member(name, setting.now));
@@ -69,9 +73,9 @@ std::vector<HouseholdReport::FilterProfile> Filters(const Rehearsal& rehearsal,
   return filters;
 }
 
-std::vector<HouseholdReport::Found> FindingsByKind(const RunResult& run, const Discretion& discretion) {
+std::vector<HouseholdReport::Found> FindingsByKind(const Rehearsal& rehearsal, const Discretion& discretion) {
   std::vector<HouseholdReport::Found> found;
-  for (const Finding& finding : FindIn(run)) {
+  for (const Finding& finding : FindIn(rehearsal)) {
     if (found.empty() || found.back().kind != finding.kind) found.push_back({finding.kind, {}});
     found.back().places.push_back(discretion.Entry(finding.detail));
   }
@@ -121,7 +125,7 @@ HouseholdReport Tell(const std::string& image, const std::string& from, const Ru
   }
   report.wps = Shown(WPSSettings(rehearsal), discretion);
   report.filters = Filters(rehearsal, discretion);
-  report.findings = FindingsByKind(run, discretion);
+  report.findings = FindingsByKind(rehearsal, discretion);
   for (const NumberedLine& line : rehearsal.Log()) {
     report.log.push_back({line.number, line.severity, discretion.LogText(line)});
   }

@@ -15,7 +15,7 @@
 
 #include "lab/households/schemas.h"
 #include "lab/messages/message_kinds.h"
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab {
 namespace {

@@ -8,9 +8,11 @@ namespace lab {
 void KnownTexts::Add(std::string_view text, std::string_view replacement) {
   if (text.empty() || text.size() > kLongest || texts_.size() >= kMost) return;
   texts_.emplace(text, replacement);
+  first_bytes_.set(static_cast<unsigned char>(text.front()));
 }
 
 const std::pair<const std::string, std::string>* KnownTexts::LongestAt(std::string_view text) const {
+  if (text.empty() || !first_bytes_.test(static_cast<unsigned char>(text.front()))) return nullptr;
   // What is no greater than the text and shares least with it bounds what may begin it: as many steps as the
   // text has beginnings among them, however many they are.
   while (!text.empty()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <map>
 #include <string>
 #include <string_view>
@@ -29,6 +30,7 @@ class KnownTexts {
 
  private:
   std::map<std::string, std::string, std::less<>> texts_;
+  std::bitset<256> first_bytes_;
 };
 
 }  // namespace lab

@@ -9,7 +9,7 @@
 #include <ostream>
 #include <vector>
 
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 namespace lab {
 namespace {

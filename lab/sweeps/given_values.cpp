@@ -1,29 +1,19 @@
 #include "lab/sweeps/given_values.h"
 
-#include <json/reader.h>
 #include <json/value.h>
 
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 
 #include "lab/sweeps/documents.h"
 #include "lab/sweeps/migration_steps.h"
+#include "lab/text/json.h"
 
 namespace lab::sweeps {
 namespace {
 
 using Values = std::vector<const Json::Value*>;
-
-std::optional<Json::Value> Parsed(std::string_view text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
-  if (!reader->parse(text.data(), text.data() + text.size(), &value, nullptr)) return std::nullopt;
-  return value;
-}
 
 /// The network document is one, whatever topology it is called for.
 std::string GroupOf(const std::string& path) {
@@ -74,7 +64,7 @@ GivenValues::~GivenValues() = default;
 void GivenValues::Add(const Tree& outcome) {
   for (const auto& [path, entry] : outcome) {
     if (!IsDocument(path)) continue;
-    std::optional<Json::Value> value = Parsed(entry.content);
+    std::optional<Json::Value> value = ParseJson(entry.content);
     if (!value) throw std::runtime_error("no JSON: " + path);
     std::vector<Json::Value>& values = documents_[GroupOf(path)].values;
     if (std::find(values.begin(), values.end(), *value) == values.end()) values.push_back(std::move(*value));
@@ -83,7 +73,7 @@ void GivenValues::Add(const Tree& outcome) {
 
 bool GivenValues::Allow(const std::string& path, std::string_view text) const {
   const auto known = documents_.find(GroupOf(path));
-  const std::optional<Json::Value> value = Parsed(text);
+  const std::optional<Json::Value> value = ParseJson(text);
   if (known == documents_.end() || !value) return false;
   Values values;
   for (const Json::Value& other : known->second.values) values.push_back(&other);

@@ -1,12 +1,9 @@
 #include "lab/sweeps/rules_oracle.h"
 
-#include <json/reader.h>
-
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -16,6 +13,7 @@
 #include "lab/sweeps/documents.h"
 #include "lab/sweeps/outcome_text.h"
 #include "lab/sweeps/workers.h"
+#include "lab/text/json.h"
 
 namespace lab::sweeps {
 namespace {
@@ -39,17 +37,9 @@ void CutCause(std::string& line) {
   }
 }
 
-bool Parses(const std::string& text) {
-  Json::CharReaderBuilder builder;
-  Json::CharReaderBuilder::strictMode(&builder.settings_);
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value value;
-  return reader->parse(text.data(), text.data() + text.size(), &value, nullptr);
-}
-
 void RequireWholeDocuments(const Tree& files) {
   for (const auto& [path, entry] : files) {
-    if (IsDocument(path) && !Parses(entry.content)) throw std::runtime_error("no JSON: " + path);
+    if (IsDocument(path) && !ParseJson(entry.content)) throw std::runtime_error("no JSON: " + path);
   }
 }
 

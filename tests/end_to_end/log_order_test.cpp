@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "lab/text/key_value.h"
 #include "tests/end_to_end/updater_run.h"
 #include "tests/support/log_lines.h"
 #include "tests/support/test_device.h"
@@ -14,12 +15,12 @@
 namespace end_to_end {
 namespace {
 
+using lab::KeyValueText;
 using ::testing::ElementsAreArray;
 using ::testing::Matcher;
 using ::testing::StartsWith;
 using testing_support::Entries;
 using testing_support::Error;
-using testing_support::KeyValueText;
 using testing_support::PrintLog;
 using testing_support::Warning;
 

@@ -7,24 +7,15 @@
 #include <cstdlib>
 #include <fstream>
 #include <optional>
-#include <sstream>
 
 #include "lab/runs/collected_documents.h"
+#include "lab/text/key_value.h"
 #include "tests/support/log_lines.h"
 
 namespace end_to_end {
 namespace {
 
 constexpr std::string_view kFailure = "Failed to update config, error: ";
-
-std::string WithoutKey(const std::string& text, const std::string& key) {
-  std::istringstream lines(text);
-  std::string kept;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.compare(0, key.size() + 1, key + "=") != 0) kept += line + "\n";
-  }
-  return kept;
-}
 
 std::filesystem::path FromEnvironment(const char* variable, const char* otherwise) {
   const char* const value = std::getenv(variable);
@@ -68,11 +59,11 @@ lab::RunResult UpdateFrom(lab::PrivateRoot& device, const std::string& build,
 }
 
 void SetInformation(lab::PrivateRoot& device, const std::string& key, const std::string& value) {
-  device.Write(kInformation, WithoutKey(device.Read(kInformation), key) + key + "=" + value + "\n");
+  device.Write(kInformation, lab::WithValue(device.Read(kInformation), key, value));
 }
 
 void DropKey(lab::PrivateRoot& device, const std::string& path, const std::string& key) {
-  device.Write(path, WithoutKey(device.Read(path), key));
+  device.Write(path, lab::WithoutKey(device.Read(path), key));
 }
 
 void ExpectSuccess(const lab::RunResult& run) {

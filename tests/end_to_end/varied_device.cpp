@@ -1,10 +1,12 @@
 #include "tests/end_to_end/varied_device.h"
 
+#include <algorithm>
 #include <array>
-#include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "lab/text/key_value.h"
 #include "tests/end_to_end/updater_run.h"
 
 namespace end_to_end {
@@ -103,24 +105,22 @@ std::string MACText(Dice& dice) {
   return text;
 }
 
-/// A line "key=value" with another value, or none.
-std::string VariedLine(const std::string& line, Dice& dice) {
-  const std::size_t end_of_key = line.find('=');
-  const std::string key = line.substr(0, end_of_key);
-  // What decides whether there is a migration at all, and of which radios.
-  const bool is_fixed = key == "wps_pin" || key == "kelpbios" || key == "mesh_network_role";
-  if (end_of_key == std::string::npos || is_fixed) return line + "\n";
-  if (key == "mac") return "mac=" + MACText(dice) + "\n";
-  if (key == "enable" || dice.OneIn(3)) return line + "\n";
-  if (dice.OneIn(8)) return "";
-  return key + "=" + (dice.OneIn(6) ? dice.Bytes() : dice.OneOf(kValues)) + "\n";
-}
-
-std::string VariedText(const std::string& text, Dice& dice) {
-  std::istringstream lines(text);
-  std::string varied;
-  for (std::string line; std::getline(lines, line);) varied += VariedLine(line, dice);
-  return varied;
+std::string VariedText(std::string text, Dice& dice) {
+  std::vector<lab::LegacyEntry> entries = lab::ParseKeyValueText(text);
+  std::ranges::reverse(entries);
+  // From the end, as a line that is dropped moves those after it.
+  for (const lab::LegacyEntry& entry : entries) {
+    const std::string& key = entry.key;
+    // What decides whether there is a migration at all, and of which radios.
+    if (key == "wps_pin" || key == "kelpbios" || key == "mesh_network_role") continue;
+    if (key == "mac") {
+      text = WithValue(text, entry, MACText(dice));
+    } else if (key != "enable" && !dice.OneIn(3)) {
+      text = dice.OneIn(8) ? WithoutEntry(text, entry)
+                           : WithValue(text, entry, dice.OneIn(6) ? dice.Bytes() : dice.OneOf(kValues));
+    }
+  }
+  return text;
 }
 
 std::string ModelsText(Dice& dice) {

@@ -5,10 +5,10 @@
 
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "lab/text/key_value.h"
 #include "tests/end_to_end/expected_run.h"
 #include "tests/end_to_end/updater_run.h"
 #include "tests/support/log_lines.h"
@@ -44,13 +44,9 @@ std::string TextOf(const std::string& path) {
 
 /// The information store of the other platform, with what the device's holds.
 std::string Facts(const lab::PrivateRoot& device) {
-  std::istringstream lines(device.Snapshot().at(end_to_end::kInformation).content);
   std::string facts;
-  for (std::string line; std::getline(lines, line);) {
-    const std::size_t equals = line.find('=');
-    if (equals != std::string::npos) {
-      facts += line.substr(0, equals) + " -> " + line.substr(equals + 1) + '\n';
-    }
+  for (const lab::LegacyEntry& entry : lab::ParseKeyValueText(device.Read(end_to_end::kInformation))) {
+    facts += entry.key + " -> " + entry.value + '\n';
   }
   return facts;
 }

@@ -1,15 +1,11 @@
 #include "tests/support/test_device.h"
 
+#include "lab/text/key_value.h"
+
 namespace testing_support {
 
-std::string KeyValueText(const Entries& entries) {
-  std::string text;
-  for (const auto& [key, value] : entries) text.append(key).append("=").append(value).append("\n");
-  return text;
-}
-
 void TestDevice::WriteEntries(const std::string& path, const Entries& entries) {
-  files_.Write(path, KeyValueText(entries));
+  files_.Write(path, lab::KeyValueText(entries));
 }
 
 void TestDevice::WriteInfo(const Entries& entries) {

@@ -14,8 +14,6 @@ namespace testing_support {
 /// Key and value of a legacy file, in file order.
 using Entries = std::vector<std::pair<std::string, std::string>>;
 
-std::string KeyValueText(const Entries& entries);
-
 /// A device that tests lay out from outside and run the program's operations on.
 class TestDevice {
  public:

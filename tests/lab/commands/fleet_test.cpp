@@ -129,7 +129,7 @@ TEST_F(Fleets, NameTheListLinesThatAreNone) {
   folder_.Write("devices/list", "{\"image\":\"device-000001\"}\nnot json\n{\"image\":\"device-000002\"}\n");
   const ShellResult result = Fleet("@devices/list");
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.output, HasSubstr("devicelab: devices/list:2: is no JSON\n"));
+  EXPECT_THAT(result.output, HasSubstr("devicelab: devices/list:2: is no JSON object\n"));
   EXPECT_EQ(Lines().size(), 2U);
 }
 
@@ -427,6 +427,16 @@ TEST_F(Fleets, AreDrawnAsPages) {
   ExpectPage(folder_ / "fleet.html", "devices/device-000020");
   EXPECT_EQ(Lab("summary out --html summary.html").status, 0);
   ExpectPage(folder_ / "summary.html", "devices/device-000020");
+  // A household is read by the page alone.
+  std::string records = ReadFile(folder_ / "out");
+  records.replace(records.find("\"household\":{"), 13, "\"household\":[");
+  folder_.Write("damaged", records);
+  EXPECT_EQ(Lab("summary damaged").status, 0);
+  const auto summary = Lab("summary damaged --html damaged.html");
+  EXPECT_EQ(summary.status, 2);
+  EXPECT_THAT(summary.output, HasSubstr("devicelab: the household of devices/device-0000"));
+  EXPECT_THAT(summary.output, HasSubstr(" is no JSON, and is not in the page\n"));
+  ExpectPage(folder_ / "damaged.html", "devices/device-000020");
   EXPECT_EQ(Lab("compare devices/device-000001 --from 8000 --old " KELP_PROGRAM " --new " TEST_PROGRAM
                 " --html compare.html")
                 .status,

@@ -53,10 +53,10 @@ TEST(ListLines, ThatNameNoneAreRefused) {
   const std::string no_path = "\"image\" is no path";
   const std::string no_build = "\"from\" is neither a text nor a whole number";
   const std::vector<std::pair<std::string, std::string>> refusals{
-      {"no json", "is no JSON"},
-      {R"({"image":"a")", "is no JSON"},
-      {std::string(100'000, '['), "is no JSON"},
-      {R"({"image":"a","image":"b"})", "is no JSON"},
+      {"no json", "is no JSON object"},
+      {R"({"image":"a")", "is no JSON object"},
+      {std::string(100'000, '['), "is no JSON object"},
+      {R"({"image":"a","image":"b"})", "is no JSON object"},
       {"[]", "is no JSON object"},
       {"null", "is no JSON object"},
       {"1", "is no JSON object"},
@@ -117,7 +117,7 @@ TEST_F(Queues, NameTheLinesThatAreNone) {
   DeviceQueue queue = Queue({list});
   EXPECT_THAT(Images(queue), ElementsAre(InFolder("a"), InFolder("b")));
   EXPECT_THAT(complaints_,
-              ElementsAre(list.substr(1) + ":2: is no JSON", list.substr(1) + ":4: has no \"image\""));
+              ElementsAre(list.substr(1) + ":2: is no JSON object", list.substr(1) + ":4: has no \"image\""));
 }
 
 TEST_F(Queues, ReadLongListsPieceByPiece) {

@@ -195,6 +195,19 @@ TEST_F(SummaryFiles, TellOfWhatIsNoRecord) {
                                        file.native() + ":3 is no record of a fleet"));
 }
 
+// A torn line of a household may end as a whole one does.
+TEST_F(SummaryFiles, TakeATornHouseholdForNoRecord) {
+  Record record = Device("a", Outcome::Failed);
+  record.household = R"({"a":{"b":{}}})";
+  const std::string line = RecordLine(record);
+  EXPECT_THAT(Visited({File("whole", line)}), ElementsAre("a 8000 failed"));
+  EXPECT_THAT(complaints_, ElementsAre());
+  for (std::size_t size = line.size() - 4; size < line.size(); ++size) {
+    EXPECT_THAT(Visited({File("torn", line.substr(0, size))}), ElementsAre()) << size;
+  }
+  EXPECT_EQ(complaints_.size(), 4U);
+}
+
 TEST_F(SummaryFiles, AreReportsForServersToo) {
   Record changed = Device("<a> & \"b\"", Outcome::MigratedWithFallbacks);
   changed.findings = {"security-unknown"};

@@ -3,6 +3,7 @@
 #include "lab/images/boot_environment.h"
 #include "lab/images/secret_seal.h"
 #include "lab/runs/collected_documents.h"
+#include "lab/text/key_value.h"
 
 namespace lab_test {
 namespace {
@@ -51,23 +52,6 @@ smartconnect_enabled=no
 smartconnect_guest_enabled=no
 )";
 
-std::string With(const std::string& text, const std::string& key, const std::string& line) {
-  std::string changed;
-  bool found = false;
-  for (std::size_t start = 0; start < text.size();) {
-    const std::size_t end = text.find('\n', start) + 1;
-    const std::string old = text.substr(start, end - start);
-    start = end;
-    if (old.compare(0, key.size() + 1, key + "=") == 0) {
-      found = true;
-      changed += line;
-    } else {
-      changed += old;
-    }
-  }
-  return found ? changed : changed + line;
-}
-
 }  // namespace
 
 Household::Household() {
@@ -98,11 +82,11 @@ Household::Household() {
 }
 
 void Household::Set(const std::string& file, const std::string& key, std::string_view value) {
-  files_.Write(file, With(files_.Read(file), key, key + "=" + std::string(value) + "\n"));
+  files_.Write(file, lab::WithValue(files_.Read(file), key, value));
 }
 
 void Household::Drop(const std::string& file, const std::string& key) {
-  files_.Write(file, With(files_.Read(file), key, ""));
+  files_.Write(file, lab::WithoutKey(files_.Read(file), key));
 }
 
 void Household::SetEverywhere(const std::string& key, std::string_view value) {

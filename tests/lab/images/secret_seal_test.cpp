@@ -6,19 +6,16 @@
 #include <stdexcept>
 #include <vector>
 
+#include "lab/text/base64.h"
+
 namespace lab {
 namespace {
 
 const std::string kKey = "1b27556473e985d462cd51197a9a46c76009549eac6474f206c4ee0844f68389";
 
 std::vector<unsigned char> Decode(const std::string& text) {
-  std::vector<unsigned char> bytes(text.size());
-  std::size_t size = 0;
-  EXPECT_EQ(sodium_base642bin(bytes.data(), bytes.size(), text.data(), text.size(), nullptr, &size, nullptr,
-                              sodium_base64_VARIANT_ORIGINAL),
-            0);
-  bytes.resize(size);
-  return bytes;
+  const std::string bytes = FromBase64(text).value();
+  return {bytes.begin(), bytes.end()};
 }
 
 std::string Open(const std::string& sealed) {

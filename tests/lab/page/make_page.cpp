@@ -5,7 +5,6 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 #include "lab/page/page.h"
 #include "lab/page/page_file.h"
@@ -15,7 +14,7 @@ int main(int argument_count, char* arguments[]) {
     if (argument_count != 3) throw std::invalid_argument("make_page fleet|comparison FILE");
     using lab::page::Kind;
     lab::page::Page page(arguments[1] == std::string("fleet") ? Kind::Fleet : Kind::Comparison);
-    for (std::string line; std::getline(std::cin, line);) page.Add(std::string_view(line));
+    for (std::string line; std::getline(std::cin, line);) page.Add(line);
     lab::page::WritePageFile(arguments[2], page.Html());
     return 0;
   } catch (const std::exception& error) {

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <string>
 
+#include "lab/text/json.h"
 #include "tests/lab/households/household.h"
 
 namespace lab_test {
@@ -15,7 +16,7 @@ namespace {
 Json::Value Report(Household& household) {
   const lab::RunResult run = household.Update();
   lab::Discretion discretion({}, run.before);
-  return lab::ToJson(lab::Tell("a device", "8000", run, discretion));
+  return lab::ParseJson(lab::ToJson(lab::Tell("a device", "8000", run, discretion))).value();
 }
 
 const Json::Value& SettingOf(const Json::Value& part, const std::string& member) {
@@ -81,7 +82,7 @@ TEST(HouseholdJson, TellsForeignDocumentsInPlainValues) {
   EXPECT_EQ(json["macFilterProfiles"][0]["devices"].size(), 0U);
   ASSERT_EQ(json["macFilterProfiles"][1]["devices"].size(), 1U);
   EXPECT_EQ(json["macFilterProfiles"][1]["devices"][0]["mac"], "");
-  std::istringstream text(lab::ToText(json));
+  std::istringstream text(lab::IndentedJson(json));
   Json::Value read;
   EXPECT_NO_THROW(text >> read);
 }
@@ -97,7 +98,9 @@ TEST(HouseholdJson, TellsEveryMemberOfTheNetworkAndRadioDocuments) {
 TEST(HouseholdJson, TakesTheInformationStoreForASourceInAWholeMigrationOnly) {
   lab::PrivateRoot device(std::filesystem::path(KELP_SOURCE "/devices/release-13-mesh"));
   const lab::RunResult run = lab::RunProgram(device, KELP_PROGRAM, {"--update-config", "9000"});
-  const Json::Value json = lab::ToJson(lab::Tell("a device", "9000", run, lab::Discretion({}, run.before)));
+  const Json::Value json =
+      lab::ParseJson(lab::ToJson(lab::Tell("a device", "9000", run, lab::Discretion({}, run.before))))
+          .value();
   for (const Json::Value& setting : json["device"]) {
     if (setting["member"] == "countryCode") {
       EXPECT_EQ(setting["now"], "NL");
@@ -112,7 +115,7 @@ TEST(HouseholdJson, IsTextOfASCIIWhateverTheHouseholdWroteThere) {
   Household household;
   household.Set(Household::k24, "ssid", "k5T/G+mHjg==");
   household.Set(Household::k5, "schedule", "\x1b\xff\xe9\u202e");
-  for (const char byte : lab::ToText(Report(household))) {
+  for (const char byte : lab::IndentedJson(Report(household))) {
     EXPECT_TRUE(byte == '\n' || (byte >= 0x20 && byte < 0x7F)) << static_cast<int>(byte);
   }
 }

@@ -1,4 +1,4 @@
-#include "lab/households/legacy_text.h"
+#include "lab/text/key_value.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -52,6 +52,20 @@ TEST(WithoutEntry, LeavesAllOtherLines) {
   const auto entries = ParseKeyValueText(text);
   EXPECT_EQ(WithoutEntry(text, entries[0]), "# one\nb=2\nlast\n");
   EXPECT_EQ(WithValue(text, entries[1], "3"), "# one\na=1\nb=3\nlast\n");
+}
+
+TEST(WithValue, ChangesTheEntryThatCountsOrAddsOne) {
+  EXPECT_EQ(WithValue("#a=0\na=1\nab=2\na=3\n", "a", "x=\"y\""), "#a=0\na=x=\"y\"\nab=2\na=3\n");
+  EXPECT_EQ(WithValue("ab=2", "a", ""), "ab=2\na=\n");
+  EXPECT_EQ(WithValue("", "a", "1"), "a=1\n");
+}
+
+TEST(WithoutKey, LeavesNoEntryOfIt) {
+  EXPECT_EQ(WithoutKey("#a=0\na=1\nab=2\na=3\nlast", "a"), "#a=0\nab=2\nlast\n");
+}
+
+TEST(KeyValueText, HasALineAnEntry) {
+  EXPECT_EQ(KeyValueText({{"a", "1"}, {"b", ""}}), "a=1\nb=\n");
 }
 
 }  // namespace

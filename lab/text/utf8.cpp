@@ -1,4 +1,4 @@
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -8,31 +8,9 @@
 namespace lab {
 namespace {
 
-struct Character {
-  std::uint32_t code = 0;
-  std::size_t size = 0;  // 0 for no UTF-8
-};
-
-/// The character at the start of `text`, which is not empty.
-Character FirstOf(std::string_view text) {
-  const auto byte = [&](std::size_t place) { return static_cast<unsigned char>(text[place]); };
-  const unsigned char lead = byte(0);
-  if (lead < 0x80) return {lead, 1};
-  const std::size_t size = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < size) return {};
-  std::uint32_t code = lead & (0x7FU >> size);
-  for (std::size_t place = 1; place < size; ++place) {
-    if ((byte(place) & 0xC0U) != 0x80U) return {};
-    code = code << 6U | (byte(place) & 0x3FU);
-  }
-  const std::uint32_t least = size == 4 ? 0x10000 : size == 3 ? 0x800 : 0x80;
-  const bool is_surrogate = code >= 0xD800 && code <= 0xDFFF;
-  if (code < least || code > 0x10FFFF || is_surrogate) return {};
-  return {code, size};
-}
-
 /// Control characters, and those that change what is seen beside them without being seen.
 bool IsTreacherous(std::uint32_t code) {
+  if (code >= 0x20 && code < 0x7F) return false;  // most texts have nothing else
   struct Range {
     std::uint32_t first;
     std::uint32_t last;
@@ -62,16 +40,24 @@ std::string Escaped(const char* format, std::uint32_t number) {
   return text.data();
 }
 
-std::string Safe(std::string_view text, std::string_view kept) {
+/// The text with what is no UTF-8 escaped, and every character that `is_unwanted`.
+template <typename IsUnwanted>
+std::string WithEscapes(std::string_view text, IsUnwanted is_unwanted) {
   std::string safe;
+  safe.reserve(text.size());
   while (!text.empty()) {
-    const auto [code, size] = FirstOf(text);
+    const auto plain = std::ranges::find_if(text, [](char byte) { return byte < ' ' || byte > '~'; });
+    const auto length = static_cast<std::size_t>(plain - text.begin());
+    safe.append(text, 0, length);
+    text.remove_prefix(length);
+    if (text.empty()) break;
+    const auto [code, size] = FirstCharacter(text);
     if (size == 0) {
       safe += Escaped("\\x%02x", static_cast<unsigned char>(text.front()));
-    } else if (IsTreacherous(code) && kept.find(text.front()) == std::string_view::npos) {
+    } else if (is_unwanted(code)) {
       safe += Escaped(code < 0x80 ? "\\x%02x" : "\\u%04x", code);
     } else {
-      safe += text.substr(0, size);
+      safe.append(text, 0, size);
     }
     text.remove_prefix(std::max<std::size_t>(size, 1));
   }
@@ -80,12 +66,34 @@ std::string Safe(std::string_view text, std::string_view kept) {
 
 }  // namespace
 
+Utf8Character FirstCharacter(std::string_view text) {
+  const auto byte = [&](std::size_t offset) { return static_cast<unsigned char>(text[offset]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return {lead, 1};
+  const std::size_t size = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < size) return {};
+  std::uint32_t code = lead & (0x7FU >> size);
+  for (std::size_t offset = 1; offset < size; ++offset) {
+    if ((byte(offset) & 0xC0U) != 0x80U) return {};
+    code = code << 6U | (byte(offset) & 0x3FU);
+  }
+  const std::uint32_t least = size == 4 ? 0x10000 : size == 3 ? 0x800 : 0x80;
+  const bool is_surrogate = code >= 0xD800 && code <= 0xDFFF;
+  if (code < least || code > 0x10FFFF || is_surrogate) return {};
+  return {code, size};
+}
+
+std::string ValidUtf8(std::string_view text) {
+  return WithEscapes(text, [](std::uint32_t) { return false; });
+}
+
 std::string Printable(std::string_view text) {
-  return Safe(text, "\t\n");
+  return WithEscapes(text,
+                     [](std::uint32_t code) { return code != '\t' && code != '\n' && IsTreacherous(code); });
 }
 
 std::string PrintableLine(std::string_view text) {
-  return Safe(text, "");
+  return WithEscapes(text, IsTreacherous);
 }
 
 }  // namespace lab

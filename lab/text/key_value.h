@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lab {
@@ -31,12 +32,16 @@ std::vector<LegacyEntry> ParseSectionText(std::string_view text);
 std::optional<std::string> FindValue(const std::vector<LegacyEntry>& entries, std::string_view key,
                                      std::string_view section = "");
 
-/// Whether the number is all that a word says, or there is no word: blanks around it, a plus and leading
-/// zeros are nothing.
-bool IsReadWhole(std::string_view word, int number);
-
 /// The text without the line of `entry`, or with another value in it.
 std::string WithoutEntry(std::string_view text, const LegacyEntry& entry);
 std::string WithValue(std::string_view text, const LegacyEntry& entry, std::string_view value);
+
+/// The text without any entry of `key`.
+std::string WithoutKey(std::string_view text, std::string_view key);
+/// The text with another value in the first entry of `key`, or with a line more if there is none.
+std::string WithValue(std::string_view text, std::string_view key, std::string_view value);
+
+/// The entries as a file of a line each.
+std::string KeyValueText(const std::vector<std::pair<std::string, std::string>>& entries);
 
 }  // namespace lab

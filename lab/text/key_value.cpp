@@ -1,10 +1,7 @@
-#include "lab/households/legacy_text.h"
+#include "lab/text/key_value.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
-
-#include "lab/households/legacy_words.h"
 
 namespace lab {
 namespace {
@@ -88,22 +85,36 @@ std::optional<std::string> FindValue(const std::vector<LegacyEntry>& entries, st
   return found->value;
 }
 
-bool IsReadWhole(std::string_view word, int number) {
-  word = SkipBlanks(word);
-  if (word.empty()) return true;
-  if (word.starts_with('+') && !word.starts_with("+-")) word.remove_prefix(1);
-  int read = 0;
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), read);
-  word.remove_prefix(static_cast<std::size_t>(end - word.data()));
-  return error == std::errc() && SkipBlanks(word).empty() && read == number;
-}
-
 std::string WithoutEntry(std::string_view text, const LegacyEntry& entry) {
   return Replaced(text, entry, std::nullopt);
 }
 
 std::string WithValue(std::string_view text, const LegacyEntry& entry, std::string_view value) {
   return Replaced(text, entry, entry.key + "=" + std::string(value));
+}
+
+std::string WithoutKey(std::string_view text, std::string_view key) {
+  std::string changed;
+  for (const std::string_view line : LinesOf(text)) {
+    const auto entry = ParseLine(line);
+    if (!entry || entry->key != key) changed.append(line).append("\n");
+  }
+  return changed;
+}
+
+std::string WithValue(std::string_view text, std::string_view key, std::string_view value) {
+  const std::vector<LegacyEntry> entries = ParseKeyValueText(text);
+  const auto found = std::ranges::find(entries, key, &LegacyEntry::key);
+  if (found != entries.end()) return WithValue(text, *found, value);
+  std::string changed(text);
+  if (!changed.empty() && !changed.ends_with('\n')) changed += '\n';
+  return changed.append(key).append("=").append(value).append("\n");
+}
+
+std::string KeyValueText(const std::vector<std::pair<std::string, std::string>>& entries) {
+  std::string text;
+  for (const auto& [key, value] : entries) text.append(key).append("=").append(value).append("\n");
+  return text;
 }
 
 }  // namespace lab

@@ -1,4 +1,4 @@
-#include "lab/reports/safe_text.h"
+#include "lab/text/utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -32,6 +32,13 @@ TEST(Printable, EscapesBytesThatAreNoUTF8) {
   EXPECT_EQ(Printable("\xe0\x80\xaf"), "\\xe0\\x80\\xaf");           // overlong
   EXPECT_EQ(Printable("\xed\xa0\x80"), "\\xed\\xa0\\x80");           // surrogate
   EXPECT_EQ(Printable("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // beyond the last character
+}
+
+TEST(ValidUtf8, EscapesNothingElse) {
+  EXPECT_EQ(ValidUtf8("a\"\t\x1b\x7f \u202e さくら \xF0\x9F\x8F\xA0"),
+            "a\"\t\x1b\x7f \u202e さくら \xF0\x9F\x8F\xA0");
+  EXPECT_EQ(ValidUtf8(std::string("\0\xFF", 2)), std::string("\0\\xff", 5));
+  EXPECT_EQ(ValidUtf8("\xE3\x81!"), "\\xe3\\x81!");
 }
 
 }  // namespace

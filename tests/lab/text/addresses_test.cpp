@@ -1,4 +1,4 @@
-#include "lab/reports/addresses.h"
+#include "lab/text/addresses.h"
 
 #include <gtest/gtest.h>
 
