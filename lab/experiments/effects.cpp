@@ -1,19 +1,15 @@
 #include "lab/experiments/effects.h"
 
-#include <algorithm>
-#include <atomic>
-#include <exception>
 #include <map>
-#include <memory>
-#include <mutex>
-#include <string_view>
-#include <thread>
 #include <utility>
 
 #include "lab/households/rehearsal.h"
 #include "lab/images/private_root.h"
 #include "lab/images/tree_lookup.h"
+#include "lab/runs/pool.h"
 #include "lab/runs/program_run.h"
+#include "lab/text/base64.h"
+#include "lab/text/json.h"
 
 namespace lab {
 namespace {
@@ -98,63 +94,36 @@ void Compare(const Observed& usual, const Observed& varied, Effect& effect) {
   if (varied.log != usual.log) effect.otherwise.insert("the log");
 }
 
-class Experiment {
- public:
-  Experiment(const Tree& device, const std::vector<Input>& inputs, const std::filesystem::path& program,
-             std::string from)
-      : device_(device), inputs_(inputs), program_(program), from_(std::move(from)), effects_(inputs.size()) {
-    usual_ = Observe(RunOn(device_, program_, from_));
-  }
-
-  std::vector<Effect> Run(unsigned workers) {
-    {
-      std::vector<std::jthread> threads;
-      for (unsigned worker = 0; worker < std::max(workers, 1U); ++worker) {
-        threads.emplace_back([this] { Work(); });
-      }
+/// What the input moves, against the run that is `usual`.
+Effect EffectOf(const Input& input, const Observed& usual, const Tree& device,
+                const std::filesystem::path& program, const std::string& from) {
+  Effect effect;
+  for (const Variation& variation : input.variations) {
+    Tree varied = device;
+    const std::string path = ResolvePath(varied, variation.path).value();
+    if (variation.content) {
+      varied.at(path).content = *variation.content;
+    } else {
+      varied.erase(path);
     }
-    if (failure_) std::rethrow_exception(failure_);
-    return std::move(effects_);
+    Compare(usual, Observe(RunOn(varied, program, from)), effect);
   }
+  return effect;
+}
 
- private:
-  void Work() {
-    try {
-      for (std::size_t number = next_++; number < inputs_.size(); number = next_++) Try(number);
-    } catch (...) {
-      next_ = inputs_.size();
-      const std::lock_guard lock(mutex_);
-      if (!failure_) failure_ = std::current_exception();
-    }
-  }
+// Between processes, as texts that may hold any bytes.
 
-  void Try(std::size_t number) {
-    const Input& input = inputs_[number];
-    Effect& effect = effects_[number];
-    effect.file = input.file;
-    effect.entry = input.entry;
-    for (const Variation& variation : input.variations) {
-      Tree device = device_;
-      const std::string path = ResolvePath(device, variation.path).value();
-      if (variation.content) {
-        device.at(path).content = *variation.content;
-      } else {
-        device.erase(path);
-      }
-      Compare(usual_, Observe(RunOn(device, program_, from_)), effect);
-    }
-  }
+Json::Value Encoded(const std::set<std::string>& texts) {
+  Json::Value json(Json::arrayValue);
+  for (const std::string& text : texts) json.append(ToBase64(text));
+  return json;
+}
 
-  const Tree& device_;
-  const std::vector<Input>& inputs_;
-  const std::filesystem::path& program_;
-  std::string from_;
-  Observed usual_;
-  std::vector<Effect> effects_;
-  std::atomic<std::size_t> next_ = 0;
-  std::mutex mutex_;
-  std::exception_ptr failure_;
-};
+std::set<std::string> Decoded(const Json::Value& json) {
+  std::set<std::string> texts;
+  for (const Json::Value& text : json) texts.insert(FromBase64(text.asString()).value());
+  return texts;
+}
 
 }  // namespace
 
@@ -166,7 +135,21 @@ RunResult RunOn(const Tree& device, const std::filesystem::path& program, const 
 std::vector<Effect> FindEffects(const Tree& device, const std::vector<Input>& inputs,
                                 const std::filesystem::path& program, const std::string& from,
                                 unsigned workers) {
-  return Experiment(device, inputs, program, from).Run(workers);
+  const Observed usual = Observe(RunOn(device, program, from));
+  const std::vector<std::string> found = ParallelMap(inputs.size(), workers, [&](std::size_t index) {
+    const Effect effect = EffectOf(inputs[index], usual, device, program, from);
+    Json::Value json;
+    json["members"] = Encoded(effect.members);
+    json["otherwise"] = Encoded(effect.otherwise);
+    return JsonLine(json);
+  });
+  std::vector<Effect> effects;
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    const Json::Value json = ParseJson(found[i]).value();
+    effects.push_back(
+        {inputs[i].file, inputs[i].entry, Decoded(json["members"]), Decoded(json["otherwise"])});
+  }
+  return effects;
 }
 
 }  // namespace lab

@@ -28,8 +28,8 @@ struct Effect {
 RunResult RunOn(const Tree& device, const std::filesystem::path& program, const std::string& from);
 
 /// Tries each of `inputs`, which are those of `device`: runs `program` from the build
-/// `from` without it and with it changed, and compares with the run on the device as it is. On `workers`
-/// devices at a time, each in a private root. In the order of the inputs.
+/// `from` without it and with it changed, and compares with the run on the device as it is. In
+/// `workers` processes (ParallelMap), each device in a private root. In the order of the inputs.
 std::vector<Effect> FindEffects(const Tree& device, const std::vector<Input>& inputs,
                                 const std::filesystem::path& program, const std::string& from,
                                 unsigned workers);

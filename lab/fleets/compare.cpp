@@ -4,13 +4,17 @@
 #include <ostream>
 #include <set>
 
-#include "lab/fleets/pool.h"
+#include "lab/fleets/device_queue.h"
 #include "lab/reports/discretion.h"
+#include "lab/runs/pool.h"
 #include "lab/text/json.h"
 #include "lab/text/utf8.h"
 
 namespace lab::fleets {
 namespace {
+
+/// How a result begins that is no line of JSON but the reason why there is none.
+constexpr char kNotCompared = '!';
 
 constexpr std::string_view kWifiFolder = "/usr/kelp/etc/wifi/";
 
@@ -152,18 +156,12 @@ void CompareFiles(Comparison& comparison, const Tree& was, const Tree& now) {
   }
 }
 
-Message PackDevice(const ComparedDevice& device) {
-  Message message{device.image, device.from};
-  for (const Difference& difference : device.differences) {
-    message.insert(message.end(), {difference.what, difference.was, difference.now});
-  }
-  return message;
-}
-
-ComparedDevice UnpackDevice(const Message& message) {
-  ComparedDevice device{message.at(0), message.at(1), {}};
-  for (std::size_t i = 2; i + 2 < message.size(); i += 3) {
-    device.differences.push_back({message[i], message[i + 1], message[i + 2]});
+ComparedDevice ParseComparedLine(const std::string& line) {
+  const Json::Value json = ParseJson(line).value();
+  ComparedDevice device{json["image"].asString(), json["from"].asString(), {}};
+  for (const Json::Value& difference : json["differences"]) {
+    device.differences.push_back(
+        {difference["what"].asString(), difference["old"].asString(), difference["new"].asString()});
   }
   return device;
 }
@@ -194,30 +192,30 @@ bool CompareFleet(const FleetOptions& options, const std::filesystem::path& old_
   old_options.program = old_program;
   RehearsalOptions new_options = options.rehearsal;
   new_options.program = new_program;
-  const PoolTasks tasks{
-      .work = [&](const DeviceSource& source) -> Message {
+  const PoolCallbacks callbacks{
+      .work = [&](const std::string& task) -> std::string {
+        const DeviceSource source = FromMessage(task);
         // One after the other in the same place, so that nothing but the program differs.
         RunResult old_run;
         RunResult new_run;
         const Record old_record = DeviceRehearsal(old_options).Rehearse(source, old_run);
         const Record new_record = DeviceRehearsal(new_options).Rehearse(source, new_run);
         if (old_record.outcome == Outcome::UnusableImage && new_record.outcome == Outcome::UnusableImage) {
-          return {new_record.error};
+          return kNotCompared + new_record.error;
         }
-        return PackDevice(
+        return ComparedLine(
             {old_record.image, old_record.from, Compare(old_record, old_run, new_record, new_run)});
       },
-      .is_wanted = [](const DeviceSource&) { return true; },
-      .deliver =
-          [&](const DeviceSource&, const Message& answer) {
+      .on_result =
+          [&](const std::string& result) {
             // Nothing was found out about a device that neither program could be tried on.
-            answer.size() == 1 ? complain(answer.front()) : tell(UnpackDevice(answer));
+            result.front() == kNotCompared ? complain(result.substr(1)) : tell(ParseComparedLine(result));
           },
-      .give_up = [&](const DeviceSource& source,
-                     const std::string& reason) { complain(source.image + ": " + reason); },
-      .tick = [] {},
+      .on_failure = [&](const std::string& task,
+                        const std::string& reason) { complain(FromMessage(task).image + ": " + reason); },
   };
-  if (WorkOff(queue, options.jobs, tasks) == PoolEnd::Interrupted) complain("interrupted");
+  const PoolTasks tasks = ToPoolTasks(queue, [](const DeviceSource&) { return true; });
+  if (RunPool(tasks, options.jobs, callbacks) == PoolStatus::Interrupted) complain("interrupted");
   return is_whole;
 }
 

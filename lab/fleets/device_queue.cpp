@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -86,6 +87,24 @@ DeviceSource DeviceQueue::Take() {
   DeviceSource source = std::move(next_.value());
   next_.reset();
   return source;
+}
+
+PoolTasks ToPoolTasks(DeviceQueue& queue, std::function<bool(const DeviceSource&)> is_wanted) {
+  const auto task = std::make_shared<std::string>();
+  return {
+      .look =
+          [&queue, task, is_wanted = std::move(is_wanted)] {
+            while (task->empty()) {
+              const PoolTasks::State state = queue.Look();
+              if (state != PoolTasks::State::Ready) return state;
+              const DeviceSource source = queue.Take();
+              if (is_wanted(source)) *task = ToMessage(source);
+            }
+            return PoolTasks::State::Ready;
+          },
+      .take = [task] { return std::exchange(*task, {}); },
+      .socket = [&queue] { return queue.Socket(); },
+  };
 }
 
 void DeviceQueue::OpenNext() {

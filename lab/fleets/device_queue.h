@@ -9,6 +9,7 @@
 
 #include "lab/fleets/device_source.h"
 #include "lab/images/descriptor.h"
+#include "lab/runs/pool.h"
 
 namespace lab::fleets {
 
@@ -21,7 +22,7 @@ class DeviceQueue {
   DeviceQueue(std::vector<std::string> images, std::string from,
               std::function<void(const std::string&)> complain);
 
-  enum class State { Ready, Waiting, AtEnd };
+  using State = PoolTasks::State;
 
   /// Whether Take() has a device. Waiting: the list's next line has not come yet; it is polled for on
   /// Socket(). Throws std::system_error where a list cannot be read.
@@ -53,5 +54,8 @@ class DeviceQueue {
   bool list_ended_ = false;
   std::optional<DeviceSource> next_;
 };
+
+/// The queue as the tasks of a pool, each a source's message. Sources that are not wanted are passed over.
+PoolTasks ToPoolTasks(DeviceQueue& queue, std::function<bool(const DeviceSource&)> is_wanted);
 
 }  // namespace lab::fleets

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "lab/text/base64.h"
 #include "lab/text/json.h"
 
 namespace lab::fleets {
@@ -30,6 +31,22 @@ std::string BuildNumber(const Json::Value& value) {
   if (value.isString() && !HasNul(value.asString())) return value.asString();
   if (value.isInt64()) return std::to_string(value.asInt64());
   throw std::invalid_argument("\"from\" is neither a text nor a whole number");
+}
+
+Json::Value Encoded(const std::map<std::string, std::string>& texts) {
+  Json::Value json(Json::objectValue);
+  for (const auto& [name, text] : texts) json[ToBase64(name)] = ToBase64(text);
+  return json;
+}
+
+std::string Decoded(const Json::Value& text) {
+  return FromBase64(text.asString()).value();
+}
+
+std::map<std::string, std::string> DecodedTexts(const Json::Value& json) {
+  std::map<std::string, std::string> texts;
+  for (const std::string& name : json.getMemberNames()) texts[FromBase64(name).value()] = Decoded(json[name]);
+  return texts;
 }
 
 }  // namespace
@@ -72,6 +89,21 @@ std::string ListLine(const DeviceSource& source) {
     json.End();
   }
   return json.End().Text();
+}
+
+std::string ToMessage(const DeviceSource& source) {
+  Json::Value json;
+  json["image"] = ToBase64(source.image);
+  json["from"] = ToBase64(source.from);
+  json["files"] = Encoded(source.files);
+  json["boot"] = Encoded(source.boot);
+  return JsonLine(json);
+}
+
+DeviceSource FromMessage(const std::string& message) {
+  const Json::Value json = ParseJson(message).value();
+  return {Decoded(json["image"]), Decoded(json["from"]), DecodedTexts(json["files"]),
+          DecodedTexts(json["boot"])};
 }
 
 }  // namespace lab::fleets

@@ -32,4 +32,8 @@ DeviceSource ParseListLine(std::string_view line, const std::filesystem::path& f
 /// The line that ParseListLine reads back.
 std::string ListLine(const DeviceSource& source);
 
+/// A source as a text between processes, and back. Its parts may be any bytes.
+std::string ToMessage(const DeviceSource& source);
+DeviceSource FromMessage(const std::string& message);
+
 }  // namespace lab::fleets

@@ -9,13 +9,16 @@
 #include "lab/findings/findings.h"
 #include "lab/fleets/device_queue.h"
 #include "lab/fleets/key_set.h"
-#include "lab/fleets/pool.h"
 #include "lab/fleets/progress.h"
 #include "lab/fleets/record_file.h"
+#include "lab/runs/pool.h"
 #include "lab/text/utf8.h"
 
 namespace lab::fleets {
 namespace {
+
+constexpr char kSuccess = '+';
+constexpr char kFailure = '-';
 
 class Fleet {
  public:
@@ -29,18 +32,20 @@ class Fleet {
   }
 
   bool Run() {
-    const PoolTasks tasks{
+    const PoolTasks tasks =
+        ToPoolTasks(queue_, [this](const DeviceSource& source) { return IsWanted(source); });
+    const PoolCallbacks callbacks{
         // In a worker, where the first device makes what the next ones use as well.
-        .work = [this](const DeviceSource& source) { return Work(source); },
-        .is_wanted = [this](const DeviceSource& source) { return IsWanted(source); },
-        .deliver = [this](const DeviceSource&, const Message& answer) { Deliver(answer); },
-        .give_up = [this](const DeviceSource& source,
-                          const std::string& reason) { Complain(source.image + ": " + reason); },
-        .tick = [this] { Show(); },
+        .work = [this](const std::string& task) { return Work(FromMessage(task)); },
+        .on_result = [this](const std::string& result) { Deliver(result); },
+        .on_failure = [this](
+                          const std::string& task,
+                          const std::string& reason) { Complain(FromMessage(task).image + ": " + reason); },
+        .on_tick = [this] { Show(); },
     };
-    const PoolEnd end = WorkOff(queue_, options_.jobs, tasks);
+    const PoolStatus status = RunPool(tasks, options_.jobs, callbacks);
     progress_.End();
-    if (end == PoolEnd::Interrupted) {
+    if (status == PoolStatus::Interrupted) {
       Complain("interrupted; the records of " + std::to_string(state_.done + state_.done_before) +
                " devices are in " + options_.output.native() + ", and the same command goes on there");
     }
@@ -48,10 +53,11 @@ class Fleet {
   }
 
  private:
-  Message Work(const DeviceSource& source) {
+  /// The record's line after a mark: whether it counts as a failure.
+  std::string Work(const DeviceSource& source) {
     if (!rehearsal_) rehearsal_ = std::make_unique<DeviceRehearsal>(options_.rehearsal);
     const Record record = rehearsal_->Rehearse(source);
-    return {RecordLine(record), IsNamedIn(options_.fail_on, record) ? "failure" : ""};
+    return (IsNamedIn(options_.fail_on, record) ? kFailure : kSuccess) + RecordLine(record);
   }
 
   bool IsWanted(const DeviceSource& source) {
@@ -67,10 +73,10 @@ class Fleet {
     return false;
   }
 
-  void Deliver(const Message& answer) {
-    file_.Append(answer.at(0));
+  void Deliver(const std::string& result) {
+    file_.Append(result.substr(1));
     ++state_.done;
-    if (!answer.at(1).empty()) ++state_.failures;
+    if (result.front() == kFailure) ++state_.failures;
   }
 
   void Complain(const std::string& text) {

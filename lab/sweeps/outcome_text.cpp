@@ -1,45 +1,14 @@
 #include "lab/sweeps/outcome_text.h"
 
-#include <cstdint>
-#include <stdexcept>
+#include "lab/text/base64.h"
+#include "lab/text/json.h"
 
 namespace lab::sweeps {
 namespace {
 
-class Writer {
- public:
-  void Add(std::int64_t number) { text_.append(reinterpret_cast<const char*>(&number), sizeof number); }
-  void Add(std::string_view bytes) {
-    Add(static_cast<std::int64_t>(bytes.size()));
-    text_ += bytes;
-  }
-  std::string Take() { return std::move(text_); }
-
- private:
-  std::string text_;
-};
-
-class Reader {
- public:
-  explicit Reader(std::string_view text) : rest_(text) {}
-
-  std::int64_t Number() {
-    std::int64_t number = 0;
-    TakeBytes(sizeof number).copy(reinterpret_cast<char*>(&number), sizeof number);
-    return number;
-  }
-  std::string Text() { return std::string(TakeBytes(static_cast<std::size_t>(Number()))); }
-
- private:
-  std::string_view TakeBytes(std::size_t size) {
-    if (size > rest_.size()) throw std::runtime_error("a cut outcome");
-    const std::string_view bytes = rest_.substr(0, size);
-    rest_.remove_prefix(size);
-    return bytes;
-  }
-
-  std::string_view rest_;
-};
+std::string Decoded(const Json::Value& text) {
+  return FromBase64(text.asString()).value();
+}
 
 std::string Joined(const std::vector<std::string>& lines) {
   std::string text;
@@ -50,39 +19,35 @@ std::string Joined(const std::vector<std::string>& lines) {
 }  // namespace
 
 std::string ToText(const Outcome& outcome) {
-  Writer writer;
-  writer.Add(std::int64_t{outcome.status});
-  writer.Add(std::int64_t{outcome.signal});
-  writer.Add(std::int64_t{outcome.timed_out ? 1 : 0});
-  writer.Add(outcome.out);
-  writer.Add(outcome.err);
-  writer.Add(static_cast<std::int64_t>(outcome.log.size()));
-  for (const std::string& line : outcome.log) writer.Add(line);
-  writer.Add(static_cast<std::int64_t>(outcome.files.size()));
+  Json::Value json;
+  json["status"] = outcome.status;
+  json["signal"] = outcome.signal;
+  json["timedOut"] = outcome.timed_out;
+  json["out"] = ToBase64(outcome.out);
+  json["err"] = ToBase64(outcome.err);
+  for (const std::string& line : outcome.log) json["log"].append(ToBase64(line));
   for (const auto& [path, entry] : outcome.files) {
-    writer.Add(path);
-    writer.Add(static_cast<std::int64_t>(entry.kind));
-    writer.Add(std::int64_t{entry.mode});
-    writer.Add(entry.content);
+    Json::Value& file = json["files"][ToBase64(path)];
+    file["kind"] = static_cast<int>(entry.kind);
+    file["mode"] = entry.mode;
+    file["content"] = ToBase64(entry.content);
   }
-  return writer.Take();
+  return JsonLine(json);
 }
 
 Outcome FromText(std::string_view text) {
-  Reader reader(text);
+  const Json::Value json = ParseJson(text).value();
   Outcome outcome;
-  outcome.status = static_cast<int>(reader.Number());
-  outcome.signal = static_cast<int>(reader.Number());
-  outcome.timed_out = reader.Number() != 0;
-  outcome.out = reader.Text();
-  outcome.err = reader.Text();
-  for (std::int64_t lines = reader.Number(); lines > 0; --lines) outcome.log.push_back(reader.Text());
-  for (std::int64_t entries = reader.Number(); entries > 0; --entries) {
-    const std::string path = reader.Text();
-    Entry& entry = outcome.files[path];
-    entry.kind = static_cast<Entry::Kind>(reader.Number());
-    entry.mode = static_cast<mode_t>(reader.Number());
-    entry.content = reader.Text();
+  outcome.status = json["status"].asInt();
+  outcome.signal = json["signal"].asInt();
+  outcome.timed_out = json["timedOut"].asBool();
+  outcome.out = Decoded(json["out"]);
+  outcome.err = Decoded(json["err"]);
+  for (const Json::Value& line : json["log"]) outcome.log.push_back(Decoded(line));
+  for (const std::string& path : json["files"].getMemberNames()) {
+    const Json::Value& file = json["files"][path];
+    outcome.files[FromBase64(path).value()] = {static_cast<Entry::Kind>(file["kind"].asInt()),
+                                               file["mode"].asUInt(), Decoded(file["content"])};
   }
   return outcome;
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "lab/images/namespaces.h"
+#include "lab/runs/pool.h"
 #include "lab/sweeps/choices.h"
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/next_boot.h"
@@ -21,7 +22,6 @@
 #include "lab/sweeps/sample.h"
 #include "lab/sweeps/storage_model.h"
 #include "lab/sweeps/sweep_command.h"
-#include "lab/sweeps/workers.h"
 
 namespace lab::sweeps {
 namespace {
@@ -109,7 +109,7 @@ class Sweep {
   void KillEverywhere() {
     const std::vector<std::vector<std::string>> kills = Endings();
     const std::vector<std::string> outcomes =
-        DoInWorkers(kills.size(), request_.subject.workers, [&](std::size_t place) {
+        ParallelMap(kills.size(), request_.subject.workers, [&](std::size_t place) {
           Manner manner;
           manner.wrapper = {kTamper};
           manner.wrapper.insert(manner.wrapper.end(), kills[place].begin(), kills[place].end());
@@ -130,7 +130,7 @@ class Sweep {
       state.files = std::move(outcome.files);
       if (known.insert(ToText(state)).second) states.push_back(std::move(state.files));
     }
-    const std::vector<std::string> wrong = DoInWorkers(
+    const std::vector<std::string> wrong = ParallelMap(
         states.size(), request_.subject.workers, [&](std::size_t place) { return RunAgain(states[place]); });
     for (const std::string& text : wrong) {
       if (!text.empty()) Fail("run after a kill", text);
@@ -168,7 +168,7 @@ class Sweep {
       });
     }
     const std::vector<std::string> wrong =
-        DoInWorkers(states.size(), request_.subject.workers, [&](std::size_t place) {
+        ParallelMap(states.size(), request_.subject.workers, [&](std::size_t place) {
           const Tree state = ModelAfter(states[place].operations).StateOf(states[place].digits);
           if (auto breach = rules_.FindWrongState(state)) return *breach;
           return RunAgain(state);
@@ -202,7 +202,7 @@ class Sweep {
     for (std::size_t i = 0; i < operations_.size(); ++i) {
       if (operations_[i].IsFlush()) flushes.push_back(i);
     }
-    const std::vector<std::string> harms = DoInWorkers(
+    const std::vector<std::string> harms = ParallelMap(
         flushes.size(), request_.subject.workers, [&](std::size_t i) { return WithoutFlush(flushes[i]); });
     std::printf("%zu flushes; without each of them a power cut could do harm:\n", flushes.size());
     for (std::size_t i = 0; i < flushes.size(); ++i) {

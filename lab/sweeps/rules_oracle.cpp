@@ -10,9 +10,9 @@
 #include <string_view>
 #include <utility>
 
+#include "lab/runs/pool.h"
 #include "lab/sweeps/documents.h"
 #include "lab/sweeps/outcome_text.h"
-#include "lab/sweeps/workers.h"
 #include "lab/text/json.h"
 
 namespace lab::sweeps {
@@ -74,7 +74,7 @@ std::vector<std::string> FilesOf(const Device& device) {
 
 std::vector<Tree> RunWithoutEachFile(const Device& device, const Programs& programs, unsigned workers) {
   const std::vector<std::string> files = FilesOf(device);
-  const std::vector<std::string> texts = DoInWorkers(files.size(), workers, [&](std::size_t place) {
+  const std::vector<std::string> texts = ParallelMap(files.size(), workers, [&](std::size_t place) {
     Device lacking = device;
     lacking.files.erase(files[place]);
     return ToText(Migrate(lacking, programs.migration).outcome);
@@ -129,7 +129,7 @@ RulesOracle AskRules(const Device& device, const Programs& programs, unsigned wo
   if (counted == all_pass.scratch.end()) throw std::runtime_error("no services were counted");
 
   const std::vector<std::set<std::string>> services = ParseServices(counted->second.content);
-  const std::vector<std::string> texts = DoInWorkers(services.size(), workers, [&](std::size_t call) {
+  const std::vector<std::string> texts = ParallelMap(services.size(), workers, [&](std::size_t call) {
     return ToText(AsRulesSeeIt(AskOnce(device, programs, static_cast<long>(call) + 1).outcome));
   });
   std::map<std::string, std::set<std::string>> places;

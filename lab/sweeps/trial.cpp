@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "lab/runs/pool.h"
 #include "lab/sweeps/sample.h"
-#include "lab/sweeps/workers.h"
 
 namespace lab::sweeps {
 namespace {
@@ -40,7 +40,7 @@ TrialResult Wrong(std::string what) {
 }
 
 std::vector<TrialResult> Make(const std::vector<Trial>& trials, unsigned workers) {
-  const std::vector<std::string> texts = DoInWorkers(trials.size(), workers, [&](std::size_t place) {
+  const std::vector<std::string> texts = ParallelMap(trials.size(), workers, [&](std::size_t place) {
     const TrialResult result = trials[place].run();
     return std::string(1, result.is_well ? kWell : kWrong) + result.text;
   });

@@ -12,7 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include "lab/fleets/pool.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lab::fleets {
@@ -44,9 +43,9 @@ TEST(ListLines, NameADevice) {
 TEST(ListLines, AreReadBack) {
   const DeviceSource source{"a \"b\"", "8113", {{"/etc/x", "1\né"}}, {{"usb3_disable", "1"}}};
   EXPECT_EQ(ParseListLine(ListLine(source), "", "1"), source);
-  EXPECT_EQ(UnpackSource(PackSource(source)), source);
+  EXPECT_EQ(FromMessage(ToMessage(source)), source);
   const DeviceSource bare{"\xFF", "1", {}, {{"x", ""}}};
-  EXPECT_EQ(UnpackSource(PackSource(bare)), bare);
+  EXPECT_EQ(FromMessage(ToMessage(bare)), bare);
 }
 
 TEST(ListLines, ThatNameNoneAreRefused) {

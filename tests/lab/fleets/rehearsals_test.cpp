@@ -10,8 +10,8 @@
 
 #include "lab/fleets/compare.h"
 #include "lab/fleets/fleet.h"
-#include "lab/fleets/worker.h"
 #include "lab/images/tar_text.h"
+#include "lab/runs/pool_worker.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lab::fleets {
@@ -31,11 +31,11 @@ const std::string kSample = std::string(KELP_SOURCE) + "/devices/dual-band-stand
 class Rehearsals : public ::testing::Test {
  protected:
   Record Rehearse(const DeviceSource& source) const {
-    Worker worker(
-        [&](const Message&) -> Message { return {RecordLine(DeviceRehearsal(options_).Rehearse(source))}; });
-    worker.Send({"go"});
+    PoolWorker worker(
+        [&](const std::string&) { return RecordLine(DeviceRehearsal(options_).Rehearse(source)); });
+    worker.Send("go");
     while (true) {
-      if (const auto answer = worker.Receive()) return ParseRecord(answer->at(0)).value();
+      if (const auto answer = worker.Receive()) return ParseRecord(*answer).value();
     }
   }
 
@@ -167,27 +167,6 @@ TEST_F(Rehearsals, MaskASecretWhereverTheProgramTellsIt) {
   EXPECT_THAT(
       RecordLine(Rehearse({kSample, "8000", {{file, "pmf_mode=swordfish\npassword=swordfish\n"}}, {}})),
       Not(HasSubstr("swordfish")));
-}
-
-Message Answer(const Message& message) {
-  if (message.at(0) == "throw") throw std::runtime_error("thrown there");
-  if (message.at(0) == "end") ::_exit(3);
-  return {message.at(0) + "!", std::string(300'000, 'x'), ""};
-}
-
-TEST(Workers, TellWhatFailed) {
-  Worker worker(Answer);
-  const auto ask = [&](const std::string& text) {
-    worker.Send({text});
-    while (true) {
-      if (const auto answer = worker.Receive()) return *answer;
-    }
-  };
-  EXPECT_EQ(ask("a").at(0), "a!");
-  EXPECT_EQ(ask("b").at(1).size(), 300'000U);
-  EXPECT_THROW(ask("throw"), std::runtime_error);
-  EXPECT_EQ(ask("c").size(), 3U);
-  EXPECT_THROW(ask("end"), std::runtime_error);
 }
 
 RunResult Documents(const std::string& name, const std::string& text) {
