@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-#include "lab/households/rehearsal.h"
+#include "lab/household/run_view.h"
 #include "lab/images/private_root.h"
 #include "lab/images/tree_lookup.h"
 #include "lab/runs/program_run.h"
@@ -53,17 +53,17 @@ void Flatten(const Json::Value& value, const std::string& path, std::map<std::st
 }
 
 Observed Observe(const RunResult& run) {
-  const Rehearsal rehearsal(run);
+  const RunView view(run);
   Observed observed;
   observed.status = run.signal != 0 ? -run.signal : run.status;
   observed.error = run.err;
   for (const char* name : {"global.json", "misc.json", "radio.json", "wps.json"}) {
-    if (const Json::Value* const document = rehearsal.Document(name))
+    if (const Json::Value* const document = view.Document(name))
       Flatten(*document, name, observed.members);
   }
-  if (const Json::Value* const networks = rehearsal.Document(rehearsal.NetworkDocument())) {
+  if (const Json::Value* const networks = view.Document(view.NetworkDocument())) {
     Flatten(*networks, kNetworks, observed.members);
-    observed.network_document = rehearsal.NetworkDocument();
+    observed.network_document = view.NetworkDocument();
   }
   for (const TreeDiff::Move& move : Diff(run.before, run.after).moved) observed.moved.insert(move.from);
   for (const LogLine& line : run.log) observed.log.push_back(line.message);

@@ -9,8 +9,8 @@
 
 #include "lab/experiments/boot_variables.h"
 #include "lab/experiments/json_members.h"
-#include "lab/households/legacy_text.h"
-#include "lab/households/rehearsal.h"
+#include "lab/household/legacy_text.h"
+#include "lab/household/run_view.h"
 #include "lab/images/secret_seal.h"
 #include "lab/images/tree_lookup.h"
 

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <system_error>
 
-#include "lab/findings/findings.h"
+#include "lab/household/findings.h"
 #include "lab/fleets/json_text.h"
 #include "lab/images/boot_variables.h"
 #include "lab/images/image.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/message_kinds.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
@@ -62,7 +62,7 @@ std::vector<std::string> ArchivedOf(const RunResult& run) {
 
 std::vector<std::string> FindingsOf(const RunResult& run) {
   std::vector<std::string> ids;
-  for (const Finding& finding : FindIn(run)) {
+  for (const Finding& finding : DetectFindings(run)) {
     if (std::ranges::find(ids, finding.kind->id) == ids.end()) ids.emplace_back(finding.kind->id);
   }
   return ids;

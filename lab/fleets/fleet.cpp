@@ -6,7 +6,7 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "lab/findings/findings.h"
+#include "lab/household/findings.h"
 #include "lab/fleets/device_queue.h"
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/key_set.h"

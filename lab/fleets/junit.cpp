@@ -1,6 +1,6 @@
 #include <ostream>
 
-#include "lab/findings/findings.h"
+#include "lab/household/findings.h"
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/summary.h"
 

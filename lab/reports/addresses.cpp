@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "lab/households/legacy_words.h"
+#include "lab/household/legacy_words.h"
 
 namespace lab {
 namespace {
@@ -33,7 +33,7 @@ std::optional<Address> DigitsAt(std::string_view text, std::size_t group, std::s
     address.common += text[address.size];
     ++address.size;
   }
-  address.common = InLowerCase(address.common);
+  address.common = ToLowerAscii(address.common);
   return address;
 }
 
@@ -66,7 +66,7 @@ std::optional<Address> MailAt(std::string_view text, std::size_t place) {
   const std::string_view word = text.substr(place, end - place);
   const std::size_t at = word.find('@');
   if (at == std::string_view::npos || at == 0 || at + 1 == word.size()) return std::nullopt;
-  return Address{word.size(), InLowerCase(word)};
+  return Address{word.size(), ToLowerAscii(word)};
 }
 
 }  // namespace lab

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "lab/households/schemas.h"
+#include "lab/household/schemas.h"
 
 namespace lab {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <json/writer.h>
 
-#include "lab/households/schemas.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/schemas.h"
+#include "lab/household/message_kinds.h"
 #include "lab/reports/report.h"
 #include "lab/reports/safe_text.h"
 
@@ -87,7 +87,7 @@ Json::Value ToJson(const std::vector<std::string>& texts) {
   return json;
 }
 
-Json::Value ToJson(const std::vector<HouseholdReport::Found>& findings) {
+Json::Value ToJson(const std::vector<HouseholdReport::FindingGroup>& findings) {
   Json::Value json(Json::arrayValue);
   for (const auto& [kind, places] : findings) {
     Json::Value& entry = json.append(Json::Value(Json::objectValue));

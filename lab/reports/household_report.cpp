@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "lab/households/rehearsal.h"
-#include "lab/households/schemas.h"
+#include "lab/household/run_view.h"
+#include "lab/household/schemas.h"
 
 namespace lab {
 namespace {
@@ -53,10 +53,10 @@ Json::Value FilteredDevices(const Json::Value& devices, const Discretion& discre
   return told;
 }
 
-std::vector<HouseholdReport::FilterProfile> Filters(const Rehearsal& rehearsal,
+std::vector<HouseholdReport::FilterProfile> Filters(const RunView& view,
                                                     const Discretion& discretion) {
   std::vector<HouseholdReport::FilterProfile> filters;
-  const Json::Value* const misc = rehearsal.Document("misc.json");
+  const Json::Value* const misc = view.Document("misc.json");
   if (misc == nullptr || !misc->isObject()) return filters;
   const Json::Value& profiles = (*misc)["macFilterProfiles"];
   if (!profiles.isArray()) return filters;
@@ -69,9 +69,9 @@ std::vector<HouseholdReport::FilterProfile> Filters(const Rehearsal& rehearsal,
   return filters;
 }
 
-std::vector<HouseholdReport::Found> FindingsByKind(const RunResult& run, const Discretion& discretion) {
-  std::vector<HouseholdReport::Found> found;
-  for (const Finding& finding : FindIn(run)) {
+std::vector<HouseholdReport::FindingGroup> FindingsByKind(const RunResult& run, const Discretion& discretion) {
+  std::vector<HouseholdReport::FindingGroup> found;
+  for (const Finding& finding : DetectFindings(run)) {
     if (found.empty() || found.back().kind != finding.kind) found.push_back({finding.kind, {}});
     found.back().places.push_back(discretion.Entry(finding.detail));
   }
@@ -92,7 +92,7 @@ TreeDiff Shown(TreeDiff files, const Discretion& discretion) {
 
 HouseholdReport Tell(const std::string& image, const std::string& from, const RunResult& run,
                      const Discretion& discretion) {
-  const Rehearsal rehearsal(run);
+  const RunView view(run);
   const Verdict verdict = Judge(run);
   HouseholdReport report;
   report.image = discretion.Text(image);
@@ -103,26 +103,26 @@ HouseholdReport Tell(const std::string& image, const std::string& from, const Ru
   report.error = discretion.Text(verdict.error);
   report.out = discretion.Text(run.out);
   report.err = discretion.Text(run.err);
-  report.device = Shown(DeviceSettings(rehearsal), discretion);
-  for (const NetworkPart& network : rehearsal.Networks()) {
+  report.device = Shown(DeviceSettings(view), discretion);
+  for (const NetworkView& network : view.Networks()) {
     HouseholdReport::Network told{NameIn(*network.now, discretion),
                                   network.is_guest,
-                                  Shown(SettingsOf(rehearsal, network), discretion),
+                                  Shown(SettingsOf(view, network), discretion),
                                   {}};
-    for (const RadioPart& radio : network.radios) {
+    for (const RadioView& radio : network.radios) {
       told.radios.push_back({radio.frequency, discretion.Text(radio.file),
-                             Shown(SettingsOf(rehearsal, network, radio), discretion)});
+                             Shown(SettingsOf(view, network, radio), discretion)});
     }
     report.networks.push_back(std::move(told));
   }
-  for (const RadioPart& radio : rehearsal.Radios()) {
+  for (const RadioView& radio : view.Radios()) {
     report.radios.push_back(
-        {radio.frequency, discretion.Text(radio.file), Shown(SettingsOf(rehearsal, radio), discretion)});
+        {radio.frequency, discretion.Text(radio.file), Shown(SettingsOf(view, radio), discretion)});
   }
-  report.wps = Shown(WPSSettings(rehearsal), discretion);
-  report.filters = Filters(rehearsal, discretion);
+  report.wps = Shown(WPSSettings(view), discretion);
+  report.filters = Filters(view, discretion);
   report.findings = FindingsByKind(run, discretion);
-  for (const NumberedLine& line : rehearsal.Log()) {
+  for (const NumberedLine& line : view.Log()) {
     report.log.push_back({line.number, line.severity, discretion.LogText(line)});
   }
   report.files = Shown(Diff(run.before, run.after), discretion);

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "lab/findings/findings.h"
-#include "lab/households/settings.h"
+#include "lab/household/findings.h"
+#include "lab/household/settings.h"
 #include "lab/reports/discretion.h"
 #include "lab/runs/outcome.h"
 #include "lab/runs/program_run.h"
@@ -35,7 +35,7 @@ struct HouseholdReport {
     Json::Value devices;
   };
   /// All findings of one kind.
-  struct Found {
+  struct FindingGroup {
     const FindingKind* kind = nullptr;
     std::vector<std::string> places;
   };
@@ -58,7 +58,7 @@ struct HouseholdReport {
   std::vector<Part> radios;
   std::vector<Setting> wps;
   std::vector<FilterProfile> filters;
-  std::vector<Found> findings;
+  std::vector<FindingGroup> findings;
   std::vector<Message> log;
   TreeDiff files;
 };

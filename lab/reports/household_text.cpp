@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "lab/households/schemas.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/schemas.h"
+#include "lab/household/message_kinds.h"
 #include "lab/reports/safe_text.h"
 
 namespace lab {

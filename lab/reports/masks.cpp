@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "lab/messages/message_kinds.h"
+#include "lab/household/message_kinds.h"
 
 namespace lab {
 namespace {

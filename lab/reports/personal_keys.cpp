@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <string>
 
-#include "lab/households/legacy_words.h"
+#include "lab/household/legacy_words.h"
 
 namespace lab {
 namespace {
@@ -18,7 +18,7 @@ bool IsOfWords(unsigned char byte) {
 std::string NameIn(std::string_view key) {
   while (!key.empty() && !IsOfWords(static_cast<unsigned char>(key.front()))) key.remove_prefix(1);
   while (!key.empty() && !IsOfWords(static_cast<unsigned char>(key.back()))) key.remove_suffix(1);
-  return InLowerCase(key);
+  return ToLowerAscii(key);
 }
 
 bool HasAny(std::string_view name, std::initializer_list<std::string_view> parts) {

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "lab/findings/findings.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/findings.h"
+#include "lab/household/message_kinds.h"
 
 namespace lab {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "lab/reports/household_json.h"
-#include "tests/lab/households/household.h"
+#include "tests/lab/household/household.h"
 
 namespace lab_test {
 namespace {

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-#include "tests/lab/households/household.h"
+#include "tests/lab/household/household.h"
 
 namespace lab_test {
 namespace {

@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "lab/images/private_root.h"
-#include "tests/lab/households/household.h"
+#include "tests/lab/household/household.h"
 
 namespace lab_test {
 namespace {

@@ -1,0 +1,47 @@
+#include "lab/household/schemas.h"
+
+#include <json/reader.h>
+
+#include <map>
+#include <memory>
+#include <stdexcept>
+
+namespace lab {
+
+const Json::Value& Schema(const std::string& document) {
+  static std::map<std::string, Json::Value> parsed;
+  const auto [place, is_new] = parsed.try_emplace(document);
+  if (!is_new) return place->second;
+  const std::string_view text = SchemaText(document + ".schema.json");
+  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+  std::string errors;
+  if (!reader->parse(text.data(), text.data() + text.size(), &place->second, &errors)) {
+    throw std::logic_error("the schema of " + document + " is no JSON: " + errors);
+  }
+  return place->second;
+}
+
+const Json::Value& Properties(const std::string& document, const std::string& object) {
+  const Json::Value& schema = Schema(document);
+  return object.empty() ? schema["properties"] : schema["$defs"][object]["properties"];
+}
+
+std::string Title(const Json::Value& property) {
+  return property["title"].asString();
+}
+
+std::string Meaning(const Json::Value& property, const Json::Value& value) {
+  for (const char* choices : {"oneOf", "anyOf"}) {
+    for (const Json::Value& choice : property[choices]) {
+      if (choice.isMember("const") && choice["const"] == value) return choice["title"].asString();
+    }
+  }
+  return "";
+}
+
+std::string RadioName(int frequency) {
+  const std::string name = Meaning(Properties("wps", "")["band"], frequency);
+  return name.empty() ? "radio " + std::to_string(frequency) : name;
+}
+
+}  // namespace lab
