@@ -52,14 +52,13 @@ void Flatten(const Json::Value& value, const std::string& path, std::map<std::st
   }
 }
 
-Observed Observe(const RunResult& run) {
-  const RunView view(run);
+Observed Observe(const RunResult& run, const std::string& from) {
+  const RunView view(run, from);
   Observed observed;
   observed.status = run.signal != 0 ? -run.signal : run.status;
   observed.error = run.err;
-  for (const char* name : {"global.json", "misc.json", "radio.json", "wps.json"}) {
-    if (const Json::Value* const document = view.Document(name))
-      Flatten(*document, name, observed.members);
+  for (const char* name : kDocuments) {
+    if (const Json::Value* const document = view.Document(name)) Flatten(*document, name, observed.members);
   }
   if (const Json::Value* const networks = view.Document(view.NetworkDocument())) {
     Flatten(*networks, kNetworks, observed.members);
@@ -105,7 +104,7 @@ class Experiment {
   Experiment(const Tree& device, const std::vector<Input>& inputs, const std::filesystem::path& program,
              std::string from)
       : device_(device), inputs_(inputs), program_(program), from_(std::move(from)), effects_(inputs.size()) {
-    usual_ = Observe(RunOn(device_, program_, from_));
+    usual_ = Observe(RunOn(device_, program_, from_), from_);
   }
 
   std::vector<Effect> Run(unsigned workers) {
@@ -143,7 +142,7 @@ class Experiment {
       } else {
         device.erase(path);
       }
-      Compare(usual_, Observe(RunOn(device, program_, from_)), effect);
+      Compare(usual_, Observe(RunOn(device, program_, from_), from_), effect);
     }
   }
 

@@ -8,20 +8,18 @@
 #include <string_view>
 #include <system_error>
 
-#include "lab/household/findings.h"
 #include "lab/fleets/json_text.h"
+#include "lab/household/findings.h"
+#include "lab/household/known_files.h"
+#include "lab/household/message_kinds.h"
 #include "lab/images/boot_variables.h"
 #include "lab/images/image.h"
-#include "lab/household/message_kinds.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
 
 namespace lab::fleets {
 namespace {
-
-constexpr std::string_view kDocumentFolder = "/usr/kelp/etc/wifi/";
-constexpr std::string_view kArchiveFolder = "/usr/kelp/etc/wifi/legacy/";
 
 /// What a run may write beside what its image holds.
 constexpr std::uintmax_t kRoomToWrite = std::uintmax_t{64} << 20;
@@ -40,8 +38,8 @@ std::string_view NameOf(std::string_view path) {
 std::vector<std::string> DocumentsOf(const RunResult& run) {
   std::vector<std::string> paths;
   for (const auto& [path, entry] : run.after) {
-    const bool is_document = entry.kind == Entry::Kind::File && path.starts_with(kDocumentFolder) &&
-                             path.find('/', kDocumentFolder.size()) == std::string::npos &&
+    const bool is_document = entry.kind == Entry::Kind::File &&
+                             path == kWifiFolder + std::string(NameOf(path)) &&
                              NameOf(path).find(".json") != std::string_view::npos;
     if (!is_document) continue;
     const auto former = run.before.find(path);
@@ -60,21 +58,25 @@ std::vector<std::string> ArchivedOf(const RunResult& run) {
   return paths;
 }
 
-std::vector<std::string> FindingsOf(const RunResult& run) {
+/// The ids of what was found, each once, whether by itself or in groups.
+template <typename Findings>
+std::vector<std::string> IdsOf(const Findings& findings) {
   std::vector<std::string> ids;
-  for (const Finding& finding : DetectFindings(run)) {
+  for (const auto& finding : findings) {
     if (std::ranges::find(ids, finding.kind->id) == ids.end()) ids.emplace_back(finding.kind->id);
   }
   return ids;
 }
 
 /// The household before and after, as the report of one run has it.
-std::string HouseholdOf(const DeviceSource& source, const RunResult& run) {
+void AddHousehold(const DeviceSource& source, const RunResult& run, Record& record) {
   Discretion discretion({}, run.before);
   discretion.Learn(run.after);
+  const HouseholdReport report = Tell(source.image, source.from, run, discretion);
   Json::StreamWriterBuilder writer;
   writer["indentation"] = "";
-  return Json::writeString(writer, ToJson(Tell(source.image, source.from, run, discretion)));
+  record.findings = IdsOf(report.findings);
+  record.household = Json::writeString(writer, ToJson(report));
 }
 
 /// Whether a line is one of the messages that tell no value.
@@ -162,9 +164,12 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   Shorten(record);
   record.documents = DocumentsOf(run);
   record.archived = ArchivedOf(run);
-  record.findings = FindingsOf(run);
   record.milliseconds = run.duration.count();
-  if (options_.with_household) record.household = HouseholdOf(source, run);
+  if (options_.with_household) {
+    AddHousehold(source, run, record);
+  } else {
+    record.findings = IdsOf(DetectFindings(run, source.from));
+  }
   return record;
 }
 

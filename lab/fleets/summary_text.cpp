@@ -40,7 +40,7 @@ std::vector<typename Map::const_iterator> ByDevices(const Map& map) {
 /// know.
 int Rank(const std::string& id) {
   const FindingKind* const kind = FindFindingKind(id);
-  return kind == nullptr ? static_cast<int>(Severity::Changes) + 1 : static_cast<int>(kind->severity);
+  return kind == nullptr ? static_cast<int>(Severity::Notes) + 1 : static_cast<int>(kind->severity);
 }
 
 auto BySeverity(const std::map<std::string, DeviceGroup>& findings) {

@@ -21,9 +21,13 @@ std::string ToLowerAscii(std::string_view word) {
   return lower;
 }
 
-std::string NormalizeValue(std::string_view word) {
+std::string_view TrimBlanks(std::string_view word) {
   word = TrimStart(word);
-  return ToLowerAscii(word.substr(0, word.find_last_not_of(kBlanks) + 1));
+  return word.substr(0, word.find_last_not_of(kBlanks) + 1);
+}
+
+std::string NormalizeValue(std::string_view word) {
+  return ToLowerAscii(TrimBlanks(word));
 }
 
 bool LooksOff(std::string_view word) {
@@ -34,14 +38,6 @@ bool LooksOff(std::string_view word) {
 bool LooksOn(std::string_view word) {
   static const std::set<std::string, std::less<>> kOn{"yes", "on", "true", "1", "enabled"};
   return kOn.contains(NormalizeValue(word));
-}
-
-bool MaybeMeantYes(const std::optional<std::string>& word) {
-  return word && word != "yes" && !LooksOff(*word);
-}
-
-bool MaybeMeantNo(const std::optional<std::string>& word) {
-  return word && !word->empty() && word != "no" && !LooksOn(*word);
 }
 
 }  // namespace lab

@@ -1,24 +1,17 @@
-#include <optional>
+#include <algorithm>
 #include <string>
 
 #include "lab/household/legacy_words.h"
-#include "lab/household/places.h"
 #include "lab/household/rules.h"
+#include "legacy/vocabularies.h"
 
 namespace lab {
 namespace {
 
-constexpr int kUnknownSecurity = 760;
-constexpr int kUnknownPMF = 776;
-
 constexpr int kOWE = 1;
 constexpr int kWPA3 = 5;
-constexpr int kEnterpriseWPA = 8;
 constexpr int kEnterpriseWPA3 = 10;
-constexpr int kEnterpriseWPAMixed = 11;
 constexpr int kPMFOff = 0;
-constexpr int kPMFCapable = 1;
-constexpr int kPMFRequired = 2;
 
 bool IsWPA3(int security) {
   return security == kWPA3 || security == kEnterpriseWPA3;
@@ -28,61 +21,64 @@ bool Has(const std::string& word, const char* part) {
   return word.find(part) != std::string::npos;
 }
 
-void FindSecurity(const Place& place, FindingCollector& findings) {
-  const std::string word = place.Was("security").value_or("");
-  if (place.view.Logged(kUnknownSecurity, word)) {
-    findings.Add("security-unknown", place.Told("security"));
+/// A network on one radio, which is on or was.
+struct Place {
+  const RunView& view;
+  const NetworkView& network;
+  const HouseholdSettings::Radio& radio;
+
+  int Now(const char* member) const { return NumberIn(*radio.view->now, member, 0); }
+  StoredValue Stored(const char* key) const { return view.Stored(radio.view->file, network.Key(key)); }
+  /// That the setting was lost is the cause of what follows from its value.
+  Cause CauseOf(const char* member) const {
+    const Setting* const setting = FindSetting(radio.settings, member);
+    return setting == nullptr || !setting->IsLost() ? Cause{} : Cause{setting->observations.front().id};
   }
-  const std::string plain = NormalizeValue(word);
-  const bool was_wpa3 = Has(plain, "wpa3") && !Has(plain, "wpa2");
-  if (was_wpa3 && !IsWPA3(NumberIn(*place.radio.now, "security", 0))) {
-    findings.Add("wpa3-weakened", place.Told("security"));
-  }
+};
+
+void CheckWPA3(const Place& place, FindingCollector& findings) {
+  const StoredValue security = place.Stored("security");
+  const std::string word = NormalizeValue(security.Word());
+  const bool was_wpa3 = Has(word, "wpa3") && !Has(word, "wpa2");
+  if (!was_wpa3 || IsWPA3(place.Now("security"))) return;
+  findings.Add({"wpa3-weakened", security.Detail(), place.CauseOf("security")});
 }
 
-/// How much protection a word asked for; nothing for a word that says none.
-int WantedPMF(const std::optional<std::string>& word) {
-  if (word == "required") return kPMFRequired;
-  return word == "capable" ? kPMFCapable : kPMFOff;
+void CheckPMFForWPA3(const Place& place, FindingCollector& findings) {
+  const int security = place.Now("security");
+  const bool needs_pmf = IsWPA3(security) || security == kOWE;
+  if (!needs_pmf || place.Now("pmf_mode") != kPMFOff || !FlagIn(*place.radio.view->now, "enabled")) return;
+  findings.Add({"pmf-missing-for-wpa3", place.Stored("security").Detail(), place.CauseOf("pmf_mode")});
 }
 
-void FindPMF(const Place& place, FindingCollector& findings) {
-  const int now = NumberIn(*place.radio.now, "pmf_mode", kPMFOff);
-  const int security = NumberIn(*place.radio.now, "security", 0);
-  if (!place.network.is_guest && place.view.Logged(kUnknownPMF, place.Was("pmf_mode").value_or(""))) {
-    findings.Add("pmf-unknown", place.Told("pmf_mode"));
+/// How much protection a word asked for; nothing for a word that is not known.
+int WantedPMF(const StoredValue& stored) {
+  for (const auto& known : KELP::Wifi::Updater::kPMFVocabulary.words) {
+    if (known.word == NormalizeValue(stored.Word())) return known.value;
   }
-  // A key of the guest network's own that is not asked for.
-  const std::string own_key = "guest_pmf_mode";
-  if (place.network.is_guest && now < WantedPMF(place.view.Was(place.radio.file, own_key))) {
-    findings.Add("guest-pmf-weaker", ToldOf(place.view, place.radio.file, own_key) + ", and " +
-                                         place.network.Key("pmf_mode") + "=" +
-                                         place.Was("pmf_mode").value_or(""));
-  }
-  if ((IsWPA3(security) || security == kOWE) && now == kPMFOff && FlagIn(*place.radio.now, "enabled")) {
-    findings.Add("pmf-missing-for-wpa3", place.Told("security"));
-  }
+  return kPMFOff;
 }
 
-void FindServer(const Place& place, FindingCollector& findings) {
-  const Json::Value& now = *place.radio.now;
-  const int security = NumberIn(now, "security", 0);
-  if (security < kEnterpriseWPA || security > kEnterpriseWPAMixed || !FlagIn(now, "enabled")) return;
-  if (TextIn(now, "auth_server_ip").empty()) findings.Add("auth-server-lost", place.Told("auth_server_ip"));
-  if (NumberIn(now, "auth_server_port", 0) == 0) {
-    findings.Add("auth-server-lost", place.Told("auth_server_Port"));
-  }
+/// The guest network has a key of its own that is not read.
+void CheckGuestPMF(const Place& place, FindingCollector& findings) {
+  const StoredValue own = place.view.Stored(place.radio.view->file, "guest_pmf_mode");
+  if (!place.network.is_guest || place.Now("pmf_mode") >= WantedPMF(own)) return;
+  const StoredValue primary = place.Stored("pmf_mode");
+  findings.Add("guest-pmf-weaker", own.Detail() + ", and " + primary.key + "=" + primary.value.value_or(""));
 }
 
 }  // namespace
 
-void CheckProtection(const RunView& view, FindingCollector& findings) {
-  ForEachNetworkOnRadio(view, findings, [&](const Place& place) {
-    FindSecurity(place, findings);
-    FindPMF(place, findings);
-    FindServer(place, findings);
-    if (MaybeMeantYes(place.Was("ap_isolation"))) findings.Add("isolation-lost", place.Told("ap_isolation"));
-  });
+void CheckProtection(const RunView& view, const HouseholdSettings& settings, FindingCollector& findings) {
+  for (const auto& network : settings.networks) {
+    for (const auto& radio : network.radios) {
+      if (!radio.was_on) continue;
+      const Place place{view, *network.view, radio};
+      CheckWPA3(place, findings);
+      CheckPMFForWPA3(place, findings);
+      CheckGuestPMF(place, findings);
+    }
+  }
 }
 
 }  // namespace lab

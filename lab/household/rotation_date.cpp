@@ -60,7 +60,7 @@ bool IsInCalendar(const std::string& now) {
   const int day = (*parts)[2];
   const int hour = (*parts)[3];
   const int minute = (*parts)[4];
-  if (month < 1 || month > 12 || day < 1 || day > 31) return false;
+  if (year < 1 || month < 1 || month > 12 || day < 1 || day > 31) return false;
   const std::chrono::year_month_day calendar{std::chrono::year(year),
                                              std::chrono::month(static_cast<unsigned>(month)),
                                              std::chrono::day(static_cast<unsigned>(day))};

@@ -3,10 +3,10 @@
 #include <json/reader.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 
 #include "lab/household/access_point_file.h"
+#include "lab/household/legacy_words.h"
 #include "lab/household/message_kinds.h"
 #include "lab/images/tree_lookup.h"
 
@@ -15,12 +15,15 @@ namespace {
 
 constexpr int kMigrationBegun = 229;
 
-/// Of longer words the log may hold the beginning only.
-constexpr std::size_t kLongestWord = std::size_t{100} * 1024;
+/// Whether `written` is the key, with white space around it or in letters of another case.
+bool IsSpelling(std::string_view written, std::string_view key) {
+  return TrimBlanks(written).size() == key.size() && NormalizeValue(written) == ToLowerAscii(key);
+}
 
-constexpr std::array<const char*, 4> kDocuments{"global.json", "misc.json", "radio.json", "wps.json"};
-constexpr std::array<const char*, 3> kNetworkDocuments{"network.json.default", "network.json.bridge",
-                                                       "network.json.repeater"};
+/// A file in which carriage returns alone end the lines is a single line to the program.
+bool HasOnlyCarriageReturns(std::string_view text) {
+  return text.find('\r') != std::string_view::npos && text.find('\n') == std::string_view::npos;
+}
 
 }  // namespace
 
@@ -41,22 +44,31 @@ std::string NetworkView::Key(std::string_view key) const {
   return (is_guest && key != "pmf_mode" ? "guest_" : "") + std::string(key);
 }
 
-RunView::RunView(const RunResult& run) : run_(run) {
+std::string StoredValue::Word() const {
+  return std::string(TrimBlanks(value.value_or("")));
+}
+
+std::string StoredValue::Detail() const {
+  return DetailWithoutValue() + (value ? "=" + *value : " is missing");
+}
+
+std::string StoredValue::DetailWithoutValue() const {
+  return BaseName(file) + ": " + key;
+}
+
+RunView::RunView(const RunResult& run, std::string_view build) : run_(run), asked_(RequestOf(build)) {
+  log_.reserve(run.log.size());
   for (const LogLine& line : run.log) log_.push_back(ParseNumberedLine(line));
   ReadDocuments();
+  const bool has_documents = !network_document_.empty() || Document("misc.json") != nullptr;
+  is_whole_ =
+      Logged(kMigrationBegun) || (asked_ == Request::Everything && !WasMigratedBefore() && has_documents);
   FindNetworks();
   FindRadios();
 }
 
 bool RunView::Logged(int number) const {
   return std::ranges::any_of(log_, [=](const NumberedLine& line) { return line.number == number; });
-}
-
-bool RunView::Logged(int number, std::string_view argument) const {
-  argument = argument.substr(0, argument.find('\0'));
-  return std::ranges::any_of(LoggedArguments(number), [&](const std::string& told) {
-    return told == argument || (told.size() > kLongestWord && argument.starts_with(told));
-  });
 }
 
 std::vector<std::string> RunView::LoggedArguments(int number) const {
@@ -70,15 +82,16 @@ std::vector<std::string> RunView::LoggedArguments(int number) const {
   return told;
 }
 
-bool RunView::IsWholeMigration() const {
-  return Logged(kMigrationBegun);
+bool RunView::WasMigratedBefore() const {
+  const std::string folder = kWifiFolder;
+  return run_.before.contains(folder + "global.json") || run_.before.contains(folder + "misc.json");
 }
 
 bool RunView::IsOfGlobalFiles() const {
   const std::string path = std::string(kWifiFolder) + "global.json";
   const Entry* const written = FindFile(run_.after, path);
   const Entry* const former = FindFile(run_.before, path);
-  return !IsWholeMigration() && written != nullptr && (former == nullptr || *former != *written);
+  return asked_ == Request::GlobalFiles && written != nullptr && (former == nullptr || *former != *written);
 }
 
 bool RunView::Failed() const {
@@ -104,8 +117,37 @@ const std::vector<LegacyEntry>& RunView::EntriesOf(const std::string& path) cons
   return place->second;
 }
 
-std::optional<std::string> RunView::Was(const std::string& path, std::string_view key) const {
+std::optional<std::string> RunView::LegacyValue(const std::string& path, std::string_view key) const {
   return FindValue(EntriesOf(path), key);
+}
+
+StoredValue RunView::Stored(const std::string& path, const std::string& key) const {
+  StoredValue stored{path, key};
+  stored.has_carriage_return = HasOnlyCarriageReturns(TextOf(path));
+  std::vector<LegacyEntry> split;
+  if (stored.has_carriage_return) {
+    std::string text(TextOf(path));
+    std::ranges::replace(text, '\r', '\n');
+    split = ParseKeyValueText(text);
+  } else if (auto value = LegacyValue(path, key)) {
+    stored.has_carriage_return = value->ends_with('\r');
+    stored.value = std::move(value);
+    return stored;
+  }
+  for (const LegacyEntry& entry : stored.has_carriage_return ? split : EntriesOf(path)) {
+    if (!IsSpelling(entry.key, key)) continue;
+    stored.key = entry.key;
+    stored.value = entry.value;
+    stored.is_key_exact = false;
+    stored.has_carriage_return = stored.has_carriage_return || entry.value.ends_with('\r');
+    break;
+  }
+  return stored;
+}
+
+bool RunView::HasKeyWithPrefix(const std::string& path, std::string_view prefix) const {
+  return std::ranges::any_of(EntriesOf(path),
+                             [=](const LegacyEntry& entry) { return entry.key.starts_with(prefix); });
 }
 
 const Json::Value* RunView::Document(const std::string& name) const {
@@ -126,9 +168,18 @@ void RunView::ReadDocuments() {
     ReadDocument(name);
     if (!documents_.contains(name)) continue;
     // An earlier run may have left one of another topology beside it.
-    const bool is_named = misc != nullptr && name == "network.json." + TextIn(*misc, "netTopology");
+    const bool is_named = misc != nullptr && name == kNetworkDocumentPrefix + TextIn(*misc, "netTopology");
     if (network_document_.empty() || is_named) network_document_ = name;
   }
+}
+
+std::vector<std::string> RunView::MissingDocuments() const {
+  std::vector<std::string> missing;
+  for (const char* name : kDocuments) {
+    if (Document(name) == nullptr) missing.emplace_back(name);
+  }
+  if (network_document_.empty()) missing.emplace_back("network.json");
+  return missing;
 }
 
 RadioView RunView::PartOf(const Json::Value& now) const {

@@ -2,120 +2,100 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "lab/household/places.h"
+#include "lab/household/base64.h"
+#include "lab/household/legacy_words.h"
 #include "lab/household/rules.h"
 
 namespace lab {
 namespace {
 
-constexpr int kCannotOpenSecret = 589;
-constexpr int kOpen = 0;
-constexpr int kOWE = 1;
-constexpr int kFirstEnterprise = 8;
-constexpr int kLastEnterprise = 11;
-
 constexpr std::size_t kHexDigitsOfKey = 64;
 
-bool NeedsSecret(int security) {
-  return security != kOpen && security != kOWE;
-}
+/// A longer text is not a password that somebody entered, but an encrypted one that is damaged.
+constexpr std::size_t kLongestPassword = 64;
 
-std::string_view SecretKeyOf(int security) {
-  const bool is_enterprise = security >= kFirstEnterprise && security <= kLastEnterprise;
-  return is_enterprise ? "auth_server_shared_secret" : "password";
-}
+/// How many secrets a wrong key must have lost to be blamed for them.
+constexpr std::ptrdiff_t kLeastLost = 2;
 
 bool AreHexDigits(std::string_view text) {
   return text.size() == kHexDigitsOfKey &&
          std::ranges::all_of(text, [](unsigned char byte) { return std::isxdigit(byte) != 0; });
 }
 
-/// A longer text is no password that somebody entered, but a sealed one that is damaged.
-constexpr std::size_t kLongestPassword = 64;
-
-std::string WithoutLineEnd(std::string text) {
-  while (text.ends_with('\r') || text.ends_with(' ')) text.pop_back();
-  return text;
+/// Whether a text is an encrypted secret by its form.
+bool LooksEncrypted(const std::string& stored) {
+  // A key of 64 hexadecimal digits is base64 as well.
+  if (AreHexDigits(stored)) return false;
+  const auto bytes = DecodeBase64(stored);
+  return bytes && bytes->size() >= crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
 }
 
-/// Whether the text could be a sealed one by its form. A key of 64 hexadecimal digits is base64 as well.
-bool LooksSealed(const std::string& stored) {
-  const auto is_high = [](unsigned char byte) { return byte > 0x7F; };
-  // The decoder of an older release of the library takes high bytes for digits.
-  if (AreHexDigits(stored) || std::ranges::any_of(stored, is_high)) return false;
-  std::vector<unsigned char> bytes(stored.size());
-  std::size_t size = 0;
-  const int result = sodium_base642bin(bytes.data(), bytes.size(), stored.data(), stored.size(), nullptr,
-                                       &size, nullptr, sodium_base64_VARIANT_ORIGINAL);
-  return result == 0 && size >= crypto_secretbox_NONCEBYTES + crypto_secretbox_MACBYTES;
+/// Whether the setting is an encrypted secret that could not be opened, for no reason of its own.
+bool IsLostSecret(const Setting& password) {
+  return password.IsLost() && password.observations.front().cause == Cause{} &&
+         LooksEncrypted(std::string(TrimBlanks(password.was.value_or(""))));
 }
 
-/// What was found of the secrets that the networks need.
-struct Opened {
-  int lost = 0;
-  int kept = 0;
-};
-
-void FindPassword(const Place& place, FindingCollector& findings, Opened& opened) {
-  const Json::Value& now = *place.radio.now;
-  const int security = NumberIn(now, "security", kOpen);
-  const std::string_view key = SecretKeyOf(security);
-  const std::string stored = place.Was(key).value_or("");
-  const bool has_secret = !TextIn(now, "password").empty();
-  if (has_secret) ++opened.kept;
-  if (has_secret || !NeedsSecret(security)) return;
-  if (!stored.empty() && LooksSealed(stored)) ++opened.lost;
-  if (!stored.empty() || FlagIn(now, "enabled")) {
-    findings.Add("password-lost",
-                 place.ToldWithoutWord(key) + (stored.empty() ? " is empty or missing" : ""));
+/// The secrets of all networks on all radios.
+std::vector<Setting*> Passwords(HouseholdSettings& settings) {
+  std::vector<Setting*> passwords;
+  for (auto& network : settings.networks) {
+    for (auto& radio : network.radios) {
+      for (Setting& setting : radio.settings) {
+        if (setting.member == "password") passwords.push_back(&setting);
+      }
+    }
   }
+  return passwords;
 }
 
-void FindUnsealed(const Place& place, FindingCollector& findings) {
-  for (const char* key : {"password", "auth_server_shared_secret"}) {
-    const std::string stored = WithoutLineEnd(place.Was(key).value_or(""));
-    const bool is_plain = !LooksSealed(stored) && stored.size() <= kLongestPassword;
-    if (!stored.empty() && is_plain) findings.Add("secret-unsealed", place.ToldWithoutWord(key));
-  }
-}
-
-void FindKey(const RunView& view, const Opened& opened, FindingCollector& findings) {
-  if (opened.lost == 0 || !view.Logged(kCannotOpenSecret)) return;
+/// Why the key opens nothing; empty if it does.
+std::string KeyProblem(const RunView& view, std::ptrdiff_t lost, bool any_kept) {
   std::string_view key = view.TextOf(kSecretKeyFile);
   if (key.ends_with('\n')) key.remove_suffix(1);
-  if (!view.Had(kSecretKeyFile)) {
-    findings.Add("secret-key-unusable", "secret.key is missing");
-  } else if (!AreHexDigits(key)) {
-    findings.Add("secret-key-unusable", "secret.key is no key of 64 hexadecimal digits");
-  } else if (opened.kept == 0 && opened.lost > 1) {
-    findings.Add("secret-key-unusable", "secret.key opens none of the secrets");
-  }
+  if (!view.Had(kSecretKeyFile)) return "secret.key is missing";
+  if (!AreHexDigits(key)) return "secret.key is no key of 64 hexadecimal digits";
+  return !any_kept && lost >= kLeastLost ? "secret.key opens none of the secrets" : "";
 }
 
-void FindPin(const RunView& view, FindingCollector& findings) {
-  const Json::Value* const wps = view.Document("wps.json");
-  if (wps == nullptr || !FlagIn(*wps, "pin_enabled")) return;
-  const std::optional<std::string> stored = view.Was(kWPSFile, "wps_ap_pin");
-  if (!stored)
-    findings.Add("wps-pin-changed", "wifi_wps: wps_ap_pin is missing; the device's own PIN counts");
-  if (stored && stored->empty())
-    findings.Add("wps-pin-changed", "wifi_wps: wps_ap_pin is empty; no PIN counts");
+void CheckUnencrypted(const RunView& view, const NetworkView& network, const RadioView& radio,
+                      FindingCollector& findings) {
+  for (const char* key : {"password", "auth_server_shared_secret"}) {
+    const StoredValue stored = view.Stored(radio.file, network.Key(key));
+    const std::string word = stored.Word();
+    if (word.empty() || LooksEncrypted(word) || word.size() > kLongestPassword) continue;
+    findings.Add("secret-unsealed", stored.DetailWithoutValue());
+  }
 }
 
 }  // namespace
 
-void CheckSecrets(const RunView& view, FindingCollector& findings) {
-  Opened opened;
-  ForEachNetworkOnRadio(view, findings, [&](const Place& place) {
-    FindPassword(place, findings, opened);
-    FindUnsealed(place, findings);
+void BlameSecretKey(const RunView& view, HouseholdSettings& settings) {
+  const std::vector<Setting*> passwords = Passwords(settings);
+  const auto lost = std::ranges::count_if(passwords, [](const Setting* one) { return IsLostSecret(*one); });
+  if (lost == 0) return;
+  const bool any_kept = std::ranges::any_of(passwords, [](const Setting* password) {
+    return password->now.isString() && !password->now.asString().empty();
   });
-  FindKey(view, opened, findings);
-  FindPin(view, findings);
+  settings.secret_key_problem = KeyProblem(view, lost, any_kept);
+  if (settings.secret_key_problem.empty()) return;
+  for (Setting* const password : passwords) {
+    if (IsLostSecret(*password)) password->observations.front().cause = {"secret-key-unusable"};
+  }
+}
+
+void CheckSecrets(const RunView& view, const HouseholdSettings& settings, FindingCollector& findings) {
+  if (!settings.secret_key_problem.empty()) {
+    findings.AddCause({"secret-key-unusable"}, settings.secret_key_problem);
+  }
+  for (const NetworkView& network : view.Networks()) {
+    for (const RadioView& radio : network.radios) CheckUnencrypted(view, network, radio, findings);
+  }
 }
 
 }  // namespace lab

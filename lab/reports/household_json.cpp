@@ -2,8 +2,8 @@
 
 #include <json/writer.h>
 
-#include "lab/household/schemas.h"
 #include "lab/household/message_kinds.h"
+#include "lab/household/schemas.h"
 #include "lab/reports/report.h"
 #include "lab/reports/safe_text.h"
 
@@ -26,15 +26,15 @@ Json::Value Safe(const Json::Value& value) {
 Json::Value ToJson(const Setting& setting) {
   Json::Value json;
   json["member"] = setting.member;
-  json["title"] = setting.title;
+  json["title"] = setting.Title();
   if (!setting.key.empty()) {
     json["file"] = PrintableLine(setting.file);
     json["key"] = setting.key;
   }
   json["was"] = setting.was ? Json::Value(PrintableLine(*setting.was)) : Json::Value();
   json["now"] = Safe(setting.now);
-  json["meaning"] = setting.meaning;
-  json["fellBack"] = setting.fell_back;
+  json["meaning"] = setting.Meaning();
+  json["fellBack"] = setting.IsLost();
   json["decidedByAllBands"] = setting.decided_elsewhere;
   return json;
 }
@@ -89,13 +89,14 @@ Json::Value ToJson(const std::vector<std::string>& texts) {
 
 Json::Value ToJson(const std::vector<HouseholdReport::FindingGroup>& findings) {
   Json::Value json(Json::arrayValue);
-  for (const auto& [kind, places] : findings) {
+  for (const auto& [kind, cause, places] : findings) {
     Json::Value& entry = json.append(Json::Value(Json::objectValue));
     entry["id"] = std::string(kind->id);
     entry["title"] = std::string(kind->title);
     entry["severity"] = std::string(SeverityName(kind->severity));
     entry["meaning"] = std::string(kind->meaning);
     entry["remedy"] = std::string(kind->remedy);
+    entry["cause"] = cause == nullptr ? Json::Value() : Json::Value(std::string(cause->id));
     entry["places"] = ToJson(places);
   }
   return json;
@@ -111,7 +112,7 @@ Json::Value ToJson(const std::vector<HouseholdReport::Message>& log) {
     const MessageKind* const kind = FindMessageKind(line.number);
     if (kind == nullptr) continue;
     entry["cause"] = std::string(kind->cause);
-    entry["effect"] = std::string(kind->effect);
+    entry["effect"] = line.effect;
     entry["remedy"] = std::string(kind->remedy);
   }
   return json;

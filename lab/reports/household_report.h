@@ -34,15 +34,19 @@ struct HouseholdReport {
     std::string policy;
     Json::Value devices;
   };
-  /// All findings of one kind.
+  /// All findings of one kind that have the same cause.
   struct FindingGroup {
     const FindingKind* kind = nullptr;
+    /// The kind of the finding that these follow from; null if they stand for themselves.
+    const FindingKind* cause = nullptr;
     std::vector<std::string> places;
   };
   struct Message {
     int number = 0;
     int severity = 0;
     std::string text;
+    /// What the line means for this household; empty for a line that has no meaning of its own.
+    std::string effect;
   };
 
   std::string image;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <string>
 #include <string_view>
 
@@ -9,8 +8,8 @@
 
 namespace lab_test {
 
-/// A dual-band device of generation 1.2.5, complete and with words that are all known, on which the real
-/// program finds nothing to tell. Tests change what they are about.
+/// The dual-band device of the cases: complete, with values that are all known, so that the real program logs
+/// nothing. Tests change what they are about.
 class Household {
  public:
   static constexpr const char* kAllBands = "/usr/kelp/etc/wifi/wifi_ap_00:00:00:00:00:00";
@@ -26,7 +25,7 @@ class Household {
   static constexpr const char* kKey = "/usr/kelp/etc/secret.key";
   static constexpr const char* kMesh = "/usr/kelp/etc/mesh/mesh.conf";
 
-  Household();
+  Household() : files_(KELP_SOURCE "/tests/cases/devices/household") {}
 
   lab::PrivateRoot& Files() { return files_; }
 

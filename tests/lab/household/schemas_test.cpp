@@ -197,26 +197,31 @@ TEST(RadioName, IsThatOfTheSchema) {
   EXPECT_EQ(lab::RadioName(9), "radio 9");
 }
 
-TEST(SettingsOf, NamesEveryMemberOfTheRecords) {
+Names MembersIn(const std::vector<lab::Setting>& settings, const std::string& prefix) {
+  Names names;
+  for (const lab::Setting& setting : settings) {
+    EXPECT_NE(setting.Title(), "") << setting.member;
+    if (setting.member.starts_with(prefix)) names.insert(setting.member.substr(prefix.size()));
+  }
+  return names;
+}
+
+TEST(ReadSettings, NamesEveryMemberOfTheRecords) {
   Household household;
   const lab::RunResult run = household.Update();
-  const lab::RunView view(run);
-  const lab::NetworkView& guest = view.Networks().at(1);
-  Names network{"frequency", "guestPasswordRotation"};
-  Names rotation;
-  for (const lab::Setting& setting : lab::SettingsOf(view, guest, guest.radios.at(1))) {
-    const std::string prefix = "guestPasswordRotation.";
-    const bool is_rotation = setting.member.starts_with(prefix);
-    (is_rotation ? rotation : network)
-        .insert(is_rotation ? setting.member.substr(prefix.size()) : setting.member);
-    EXPECT_NE(setting.title, "") << setting.member;
+  const lab::RunView view(run, "8000");
+  const lab::HouseholdSettings settings = lab::ReadSettings(view);
+  for (const auto& network : settings.networks) {
+    const auto& of_radio = network.radios.at(1).settings;
+    const std::string rotation = "guestPasswordRotation.";
+    EXPECT_EQ(MembersIn(of_radio, rotation), MembersOf<GuestPasswordRotation>());
+    Names members = MembersIn(of_radio, "");
+    std::erase_if(members, [&](const std::string& member) { return member.starts_with(rotation); });
+    members.merge(Names{"frequency", "guestPasswordRotation"});
+    EXPECT_EQ(members, MembersOf<FeatureSetting>());
   }
-  EXPECT_EQ(network, MembersOf<FeatureSetting>());
-  EXPECT_EQ(rotation, MembersOf<GuestPasswordRotation>());
-  Names radio{"frequency"};
-  for (const lab::Setting& setting : lab::SettingsOf(view, view.Radios().at(0))) {
-    radio.insert(setting.member);
-  }
+  Names radio = MembersIn(settings.radios.at(0).settings, "");
+  radio.insert("frequency");
   EXPECT_EQ(radio, MembersOf<RadioSetting>());
 }
 

@@ -189,7 +189,7 @@ TEST(Discretion, LeavesNothingPersonalInAReport) {
   const std::string json =
       lab::ToText(lab::ToJson(lab::Tell("backup of 02-11-32-00-00-04", "8000", run, discretion)));
   for (const char* personal : {"Home", "SG9tZQ", "\"Guests\"", "R3Vlc3Rz", "02:11:32:00:00:04",
-                               "02-11-32-00-00-04", "02:aa:00:00:00:01", "Tablet", "Phone", "example.net",
+                               "02-11-32-00-00-04", "02:aa:00:00:00:01", "Tablet", "Handset", "example.net",
                                "but a name", "home secret", "guest secret", "87654325"}) {
     EXPECT_THAT(json, Not(HasSubstr(personal)));
   }
