@@ -82,7 +82,9 @@ const std::vector<MessageKind>& MessageKinds() {
        "Restart the device and enter the schedule anew."},
       {954, "Failed to update config, error: %s, buildNumber: %s",
        "The update stopped, for the reason given.",
-       "Documents may be missing; then the household's Wi-Fi is not as it was.",
+       "By the reason: settings files are missing, or only the archive is not done, or nothing was due. A "
+       "report of "
+       "the device says which.",
        "The reason tells what to mend; then put back what the run moved to legacy/, remove the documents "
        "that it wrote, and run again."},
   };

@@ -29,10 +29,13 @@ struct Place {
 
   int Now(const char* member) const { return NumberIn(*radio.view->now, member, 0); }
   StoredValue Stored(const char* key) const { return view.Stored(radio.view->file, network.Key(key)); }
-  /// That the setting was lost is the cause of what follows from its value.
+  /// What follows from a value that was lost has the same cause, or the loss itself for one.
   Cause CauseOf(const char* member) const {
     const Setting* const setting = FindSetting(radio.settings, member);
-    return setting == nullptr || !setting->IsLost() ? Cause{} : Cause{setting->observations.front().id};
+    if (setting == nullptr || !setting->IsLost()) return {};
+    const Observation& lost = setting->observations.front();
+    if (lost.id == "setting-not-stored") return {};
+    return lost.cause == Cause{} ? Cause{lost.id} : lost.cause;
   }
 };
 
@@ -64,7 +67,8 @@ void CheckGuestPMF(const Place& place, FindingCollector& findings) {
   const StoredValue own = place.view.Stored(place.radio.view->file, "guest_pmf_mode");
   if (!place.network.is_guest || place.Now("pmf_mode") >= WantedPMF(own)) return;
   const StoredValue primary = place.Stored("pmf_mode");
-  findings.Add("guest-pmf-weaker", own.Detail() + ", and " + primary.key + "=" + primary.value.value_or(""));
+  findings.Add({"guest-pmf-weaker", own.Detail() + ", and " + primary.key + "=" + primary.value.value_or(""),
+                place.CauseOf("pmf_mode")});
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "lab/household/access_point_file.h"
 #include "lab/household/legacy_words.h"
@@ -98,55 +99,63 @@ bool RunView::Failed() const {
   return run_.status != 0;
 }
 
-bool RunView::Had(const std::string& path) const {
-  return FindFile(run_.before, path) != nullptr;
+const RunView::LegacyFile& RunView::FileAt(const std::string& path) const {
+  const auto [place, is_new] = files_.try_emplace(path);
+  LegacyFile& file = place->second;
+  if (!is_new) return file;
+  const Entry* const entry = FindFile(run_.before, path);
+  file.is_there = entry != nullptr;
+  if (!file.is_there) return file;
+  file.text = entry->content;
+  file.entries = ParseKeyValueText(file.text);
+  for (const LegacyEntry& one : file.entries) file.first.try_emplace(one.key, &one);
+  if (HasOnlyCarriageReturns(file.text)) {
+    std::string text(file.text);
+    std::ranges::replace(text, '\r', '\n');
+    file.split = ParseKeyValueText(text);
+  }
+  return file;
 }
 
-std::string_view RunView::TextOf(const std::string& path) const {
-  const Entry* const file = FindFile(run_.before, path);
-  return file == nullptr ? std::string_view() : std::string_view(file->content);
+bool RunView::Had(const std::string& path) const {
+  return FileAt(path).is_there;
 }
 
 bool RunView::HadEntries(const std::string& path) const {
-  return !EntriesOf(path).empty();
+  return !FileAt(path).entries.empty();
 }
 
-const std::vector<LegacyEntry>& RunView::EntriesOf(const std::string& path) const {
-  const auto [place, is_new] = entries_.try_emplace(path);
-  if (is_new) place->second = ParseKeyValueText(TextOf(path));
-  return place->second;
+std::string_view RunView::TextOf(const std::string& path) const {
+  return FileAt(path).text;
 }
 
 std::optional<std::string> RunView::LegacyValue(const std::string& path, std::string_view key) const {
-  return FindValue(EntriesOf(path), key);
+  const auto& first = FileAt(path).first;
+  const auto found = first.find(key);
+  if (found == first.end()) return std::nullopt;
+  return found->second->value;
 }
 
 StoredValue RunView::Stored(const std::string& path, const std::string& key) const {
+  const LegacyFile& file = FileAt(path);
   StoredValue stored{path, key};
-  stored.has_carriage_return = HasOnlyCarriageReturns(TextOf(path));
-  std::vector<LegacyEntry> split;
-  if (stored.has_carriage_return) {
-    std::string text(TextOf(path));
-    std::ranges::replace(text, '\r', '\n');
-    split = ParseKeyValueText(text);
-  } else if (auto value = LegacyValue(path, key)) {
-    stored.has_carriage_return = value->ends_with('\r');
-    stored.value = std::move(value);
-    return stored;
-  }
-  for (const LegacyEntry& entry : stored.has_carriage_return ? split : EntriesOf(path)) {
+  const bool is_split = !file.split.empty();
+  if (!is_split) stored.value = LegacyValue(path, key);
+  stored.has_carriage_return = is_split || (stored.value && stored.value->ends_with('\r'));
+  if (stored.value) return stored;
+  for (const LegacyEntry& entry : is_split ? file.split : file.entries) {
     if (!IsSpelling(entry.key, key)) continue;
     stored.key = entry.key;
     stored.value = entry.value;
     stored.is_key_exact = false;
-    stored.has_carriage_return = stored.has_carriage_return || entry.value.ends_with('\r');
+    stored.has_carriage_return = is_split || entry.value.ends_with('\r');
     break;
   }
   return stored;
 }
 
 bool RunView::HasKeyWithPrefix(const std::string& path, std::string_view prefix) const {
-  return std::ranges::any_of(EntriesOf(path),
+  return std::ranges::any_of(FileAt(path).entries,
                              [=](const LegacyEntry& entry) { return entry.key.starts_with(prefix); });
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "lab/household/known_files.h"
@@ -112,7 +113,17 @@ class RunView {
   void FindNetworks();
   void FindRadios();
   RadioView PartOf(const Json::Value& now) const;
-  const std::vector<LegacyEntry>& EntriesOf(const std::string& path) const;
+  /// A legacy file, read once.
+  struct LegacyFile {
+    bool is_there = false;
+    std::string_view text;
+    /// As the program reads it, and the first entry of each key.
+    std::vector<LegacyEntry> entries;
+    std::unordered_map<std::string_view, const LegacyEntry*> first;
+    /// As a person reads one whose lines end in a carriage return only; empty for others.
+    std::vector<LegacyEntry> split;
+  };
+  const LegacyFile& FileAt(const std::string& path) const;
 
   const RunResult& run_;
   std::vector<NumberedLine> log_;
@@ -122,7 +133,7 @@ class RunView {
   std::string network_document_;
   std::vector<NetworkView> networks_;
   std::vector<RadioView> radios_;
-  mutable std::map<std::string, std::vector<LegacyEntry>> entries_;  // of the files asked for
+  mutable std::unordered_map<std::string, LegacyFile> files_;  // those asked for
 };
 
 /// The text as a device reads JSON; none for anything else.

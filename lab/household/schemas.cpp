@@ -7,6 +7,37 @@
 #include <stdexcept>
 
 namespace lab {
+namespace {
+
+/// What a reference of the document itself ("#/$defs/radio") names.
+const Json::Value& Target(const Json::Value& document, std::string_view reference) {
+  const Json::Value* target = &document;
+  while (!reference.empty()) {
+    reference.remove_prefix(reference.find('/') == std::string_view::npos ? reference.size()
+                                                                          : reference.find('/') + 1);
+    if (!reference.empty()) target = &(*target)[std::string(reference.substr(0, reference.find('/')))];
+  }
+  return *target;
+}
+
+/// Puts in place of a property that refers to another object's what is said there.
+void FollowProperties(Json::Value& document) {
+  const Json::Value whole = document;
+  for (const std::string& object : whole["$defs"].getMemberNames()) {
+    Json::Value& properties = document["$defs"][object]["properties"];
+    for (const std::string& name : properties.getMemberNames()) {
+      if (!properties[name].isMember("$ref")) continue;
+      const std::string reference = properties[name]["$ref"].asString();
+      if (reference.find("/properties/") != std::string::npos) properties[name] = Target(whole, reference);
+    }
+  }
+}
+
+}  // namespace
+
+const Json::Value& Resolved(const Json::Value& document, const Json::Value& schema) {
+  return schema.isMember("$ref") ? Target(document, schema["$ref"].asString()) : schema;
+}
 
 const Json::Value& Schema(const std::string& document) {
   static std::map<std::string, Json::Value> parsed;
@@ -18,6 +49,7 @@ const Json::Value& Schema(const std::string& document) {
   if (!reader->parse(text.data(), text.data() + text.size(), &place->second, &errors)) {
     throw std::logic_error("the schema of " + document + " is no JSON: " + errors);
   }
+  FollowProperties(place->second);
   return place->second;
 }
 

@@ -10,8 +10,12 @@ namespace lab {
 /// The text of docs/schemas/<name>. Throws std::out_of_range for another name.
 std::string_view SchemaText(std::string_view name);
 
-/// The schema of a document ("radio"), whole. Throws std::out_of_range where there is none.
+/// The schema of a document ("radio"), whole; members that refer to those of another object have what is said
+/// there. Throws std::out_of_range where there is none.
 const Json::Value& Schema(const std::string& document);
+
+/// A part of that schema, or what it refers to ("#/$defs/radio").
+const Json::Value& Resolved(const Json::Value& document, const Json::Value& schema);
 
 /// What the schema of a document ("radio") says of one kind of object in it: its properties by their names,
 /// those of "radio" for "radio", of "feature" and "rotation" for "network", of the document itself for "".

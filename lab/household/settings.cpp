@@ -111,7 +111,7 @@ std::string_view LostFinding(const SettingRow& row, const Setting& setting) {
 Observations Observe(const SettingRow& row, const StoredValue& stored, const Setting& setting,
                      const Place& place) {
   if (!IsRelevant(row, place)) return {};
-  const Cause cause = CauseInFile(place.view, place.file, stored.has_carriage_return);
+  const auto cause = [&] { return CauseInFile(place.view, place.file, stored.has_carriage_return); };
   switch (MatchOf(row, stored, setting.now)) {
     case Match::AsMeant:
       break;
@@ -120,11 +120,11 @@ Observations Observe(const SettingRow& row, const StoredValue& stored, const Set
     case Match::NotStored:
       if (row.not_stored.empty() || !place.was_on || !place.is_in_use) break;
       return {{row.not_stored,
-               stored.DetailWithoutValue() + " is not stored; now " + DefaultText(row, setting), cause}};
+               stored.DetailWithoutValue() + " is not stored; now " + DefaultText(row, setting), cause()}};
     case Match::Lost: {
       const std::string_view lost = LostFinding(row, setting);
       const std::string detail = LostDetail(row, stored, setting);
-      return {{place.was_on ? lost : kOffNetworkDamaged, detail, cause}};
+      return {{place.was_on ? lost : kOffNetworkDamaged, detail, cause()}};
     }
   }
   return {};
