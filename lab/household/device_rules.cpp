@@ -4,12 +4,12 @@
 #include <string_view>
 
 #include "lab/household/legacy_words.h"
+#include "lab/household/message_kinds.h"
 #include "lab/household/rules.h"
 
 namespace lab {
 namespace {
 
-constexpr int kMeshRoleUnreadable = 140;
 constexpr const char* kRepeater = "re";
 constexpr const char* kNoCountry = "MaxCountryCode";
 

@@ -6,6 +6,15 @@
 
 namespace lab {
 
+// The numbers that the lab itself looks for.
+inline constexpr int kMeshRoleUnreadable = 140;
+inline constexpr int kDocumentsAreThere = 225;
+inline constexpr int kMigrationBegun = 229;
+inline constexpr int kCannotDecode = 575;
+inline constexpr int kCannotOpen = 589;
+inline constexpr int kUSB3Unreadable = 896;
+inline constexpr int kUpdateFailed = 954;
+
 /// What one of the program's log messages tells the people who support a household.
 struct MessageKind {
   /// By which support searches: "kelpwifiupdater:760".

@@ -3,14 +3,12 @@
 #include <string_view>
 #include <vector>
 
+#include "lab/household/message_kinds.h"
 #include "lab/household/rules.h"
 #include "lab/images/tree_lookup.h"
 
 namespace lab {
 namespace {
-
-constexpr int kDocumentsAreThere = 225;
-constexpr int kUpdateFailed = 954;
 
 constexpr std::string_view kCannotMove = "filesystem error: cannot rename: ";
 constexpr std::string_view kMissing = "No such file or directory [";

@@ -14,8 +14,6 @@
 namespace lab {
 namespace {
 
-constexpr int kMigrationBegun = 229;
-
 /// Whether `written` is the key, with white space around it or in letters of another case.
 bool IsSpelling(std::string_view written, std::string_view key) {
   return TrimBlanks(written).size() == key.size() && NormalizeValue(written) == ToLowerAscii(key);

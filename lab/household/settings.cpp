@@ -6,6 +6,7 @@
 
 #include "lab/household/legacy_words.h"
 #include "lab/household/match.h"
+#include "lab/household/message_kinds.h"
 #include "lab/household/rotation_date.h"
 #include "lab/household/rules.h"
 #include "lab/household/schemas.h"
@@ -18,7 +19,6 @@ constexpr int kBand2_4GHz = 1;
 constexpr int kOpen = 0;
 constexpr int kOWE = 1;
 constexpr int kForced40MHz = 1;
-constexpr int kUSB3Unreadable = 896;
 
 const std::string kRotate = "pwd_rotate_";
 

@@ -107,7 +107,6 @@ std::string EffectOfFailure(const RunView& view, const std::vector<Finding>& fin
 }
 
 std::string EffectOf(int message, const RunView& view, const std::vector<Finding>& findings) {
-  constexpr int kUpdateFailed = 954;
   if (message == kUpdateFailed) return EffectOfFailure(view, findings);
   const MessageKind* const kind = FindMessageKind(message);
   return kind == nullptr ? "" : std::string(kind->effect);

@@ -5,12 +5,6 @@
 #include "lab/household/message_kinds.h"
 
 namespace lab {
-namespace {
-
-constexpr int kCannotDecode = 575;
-constexpr int kCannotOpen = 589;
-
-}  // namespace
 
 std::string MaskedLogText(const NumberedLine& line) {
   const MessageKind* const kind = FindMessageKind(line.number);
