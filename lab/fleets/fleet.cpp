@@ -6,13 +6,13 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "lab/household/findings.h"
 #include "lab/fleets/device_queue.h"
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/key_set.h"
 #include "lab/fleets/pool.h"
 #include "lab/fleets/progress.h"
 #include "lab/fleets/record_file.h"
+#include "lab/household/findings.h"
 #include "lab/reports/safe_text.h"
 
 namespace lab::fleets {

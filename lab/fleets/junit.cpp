@@ -1,8 +1,8 @@
 #include <ostream>
 
-#include "lab/household/findings.h"
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/summary.h"
+#include "lab/household/findings.h"
 
 namespace lab::fleets {
 namespace {

@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <ostream>
 
-#include "lab/household/findings.h"
 #include "lab/fleets/counted.h"
 #include "lab/fleets/json_text.h"
 #include "lab/fleets/summary.h"
+#include "lab/household/findings.h"
 #include "lab/household/message_kinds.h"
 #include "lab/reports/safe_text.h"
 
