@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "lab/households/rehearsal.h"
+#include "lab/household/run_view.h"
 #include "lab/images/private_root.h"
 #include "lab/images/tree_lookup.h"
 #include "lab/runs/pool.h"
@@ -46,18 +46,17 @@ void Flatten(const Json::Value& value, const std::string& path, std::map<std::st
   }
 }
 
-Observed Observe(const RunResult& run) {
-  const Rehearsal rehearsal(run);
+Observed Observe(const RunResult& run, const std::string& from) {
+  const RunView view(run, from);
   Observed observed;
   observed.status = run.signal != 0 ? -run.signal : run.status;
   observed.error = run.err;
-  for (const char* name : {"global.json", "misc.json", "radio.json", "wps.json"}) {
-    if (const Json::Value* const document = rehearsal.Document(name))
-      Flatten(*document, name, observed.members);
+  for (const char* name : kDocuments) {
+    if (const Json::Value* const document = view.Document(name)) Flatten(*document, name, observed.members);
   }
-  if (const Json::Value* const networks = rehearsal.Document(rehearsal.NetworkDocument())) {
+  if (const Json::Value* const networks = view.Document(view.NetworkDocument())) {
     Flatten(*networks, kNetworks, observed.members);
-    observed.network_document = rehearsal.NetworkDocument();
+    observed.network_document = view.NetworkDocument();
   }
   for (const TreeDiff::Move& move : Diff(run.before, run.after).moved) observed.moved.insert(move.from);
   for (const LogLine& line : run.log) observed.log.push_back(line.message);
@@ -106,7 +105,7 @@ Effect EffectOf(const Input& input, const Observed& usual, const Tree& device,
     } else {
       varied.erase(path);
     }
-    Compare(usual, Observe(RunOn(varied, program, from)), effect);
+    Compare(usual, Observe(RunOn(varied, program, from), from), effect);
   }
   return effect;
 }
@@ -135,7 +134,7 @@ RunResult RunOn(const Tree& device, const std::filesystem::path& program, const 
 std::vector<Effect> FindEffects(const Tree& device, const std::vector<Input>& inputs,
                                 const std::filesystem::path& program, const std::string& from,
                                 unsigned workers) {
-  const Observed usual = Observe(RunOn(device, program, from));
+  const Observed usual = Observe(RunOn(device, program, from), from);
   const std::vector<std::string> found = ParallelMap(inputs.size(), workers, [&](std::size_t index) {
     const Effect effect = EffectOf(inputs[index], usual, device, program, from);
     Json::Value json;

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "lab/experiments/boot_variables.h"
 #include "lab/experiments/json_members.h"
-#include "lab/households/rehearsal.h"
+#include "lab/household/known_files.h"
 #include "lab/images/secret_seal.h"
 #include "lab/images/tree_lookup.h"
 #include "lab/text/key_value.h"
@@ -99,10 +98,8 @@ bool IsText(std::string_view bytes) {
 
 /// What is no input: earlier documents, the archive, and what names the boot environment.
 bool IsLeftOut(const std::string& path) {
-  const std::string folder = kWifiFolder;
-  static const std::set<std::string> kDocuments{"global.json", "misc.json", "radio.json", "wps.json"};
-  if (path.starts_with(folder + "legacy/") || path.starts_with(folder + "network.json.")) return true;
-  if (path.starts_with(folder) && kDocuments.contains(path.substr(folder.size()))) return true;
+  const std::string name = BaseName(path);
+  if (path.starts_with(kArchiveFolder) || (path == kWifiFolder + name && IsDocumentName(name))) return true;
   return path == "/etc/fw_env.config" || path.starts_with("/var/lock/");
 }
 

@@ -7,10 +7,11 @@
 #include <string_view>
 #include <system_error>
 
-#include "lab/findings/findings.h"
+#include "lab/household/findings.h"
+#include "lab/household/known_files.h"
+#include "lab/household/message_kinds.h"
 #include "lab/images/boot_variables.h"
 #include "lab/images/image.h"
-#include "lab/messages/message_kinds.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
@@ -18,9 +19,6 @@
 
 namespace lab::fleets {
 namespace {
-
-constexpr std::string_view kDocumentFolder = "/usr/kelp/etc/wifi/";
-constexpr std::string_view kArchiveFolder = "/usr/kelp/etc/wifi/legacy/";
 
 /// What a run may write beside what its image holds.
 constexpr std::uintmax_t kRoomToWrite = std::uintmax_t{64} << 20;
@@ -39,8 +37,8 @@ std::string_view NameOf(std::string_view path) {
 std::vector<std::string> DocumentsOf(const RunResult& run) {
   std::vector<std::string> paths;
   for (const auto& [path, entry] : run.after) {
-    const bool is_document = entry.kind == Entry::Kind::File && path.starts_with(kDocumentFolder) &&
-                             path.find('/', kDocumentFolder.size()) == std::string::npos &&
+    const bool is_document = entry.kind == Entry::Kind::File &&
+                             path == kWifiFolder + std::string(NameOf(path)) &&
                              NameOf(path).find(".json") != std::string_view::npos;
     if (!is_document) continue;
     const auto former = run.before.find(path);
@@ -59,9 +57,11 @@ std::vector<std::string> ArchivedOf(const RunResult& run) {
   return paths;
 }
 
-std::vector<std::string> FindingsOf(const RunResult& run) {
+/// The ids of what was found, each once, whether by itself or in groups.
+template <typename Findings>
+std::vector<std::string> IdsOf(const Findings& findings) {
   std::vector<std::string> ids;
-  for (const Finding& finding : FindIn(run)) {
+  for (const auto& finding : findings) {
     if (std::ranges::find(ids, finding.kind->id) == ids.end()) ids.emplace_back(finding.kind->id);
   }
   return ids;
@@ -72,7 +72,7 @@ void AddHousehold(Record& record, const DeviceSource& source, const RunResult& r
   Discretion discretion({}, run.before);
   discretion.Learn(run.after);
   const HouseholdReport report = Tell(source.image, source.from, run, discretion);
-  for (const HouseholdReport::Found& found : report.findings) record.findings.emplace_back(found.kind->id);
+  record.findings = IdsOf(report.findings);
   record.household = ToJson(report);
 }
 
@@ -165,7 +165,7 @@ Record DeviceRehearsal::Rehearse(const DeviceSource& source, RunResult& run) {
   if (options_.with_household) {
     AddHousehold(record, source, run);
   } else {
-    record.findings = FindingsOf(run);
+    record.findings = IdsOf(DetectFindings(run, source.from));
   }
   return record;
 }

@@ -6,11 +6,11 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "lab/findings/findings.h"
 #include "lab/fleets/device_queue.h"
 #include "lab/fleets/key_set.h"
 #include "lab/fleets/progress.h"
 #include "lab/fleets/record_file.h"
+#include "lab/household/findings.h"
 #include "lab/runs/pool.h"
 #include "lab/text/utf8.h"
 

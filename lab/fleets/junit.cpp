@@ -1,7 +1,7 @@
 #include <ostream>
 
-#include "lab/findings/findings.h"
 #include "lab/fleets/summary.h"
+#include "lab/household/findings.h"
 #include "lab/text/utf8.h"
 
 namespace lab::fleets {

@@ -11,7 +11,7 @@
 
 #include "lab/fleets/key_set.h"
 #include "lab/fleets/record_file.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/message_kinds.h"
 #include "lab/text/addresses.h"
 #include "lab/text/json.h"
 

@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <ostream>
 
-#include "lab/findings/findings.h"
 #include "lab/fleets/counted.h"
 #include "lab/fleets/summary.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/findings.h"
+#include "lab/household/message_kinds.h"
 #include "lab/text/json.h"
 #include "lab/text/utf8.h"
 
@@ -40,7 +40,7 @@ std::vector<typename Map::const_iterator> ByDevices(const Map& map) {
 /// know.
 int Rank(const std::string& id) {
   const FindingKind* const kind = FindFindingKind(id);
-  return kind == nullptr ? static_cast<int>(Severity::Changes) + 1 : static_cast<int>(kind->severity);
+  return kind == nullptr ? static_cast<int>(Severity::Notes) + 1 : static_cast<int>(kind->severity);
 }
 
 auto BySeverity(const std::map<std::string, DeviceGroup>& findings) {

@@ -19,7 +19,7 @@ const meanings = {
   messages: new Map(expand(data.meanings.messages).map((message) => [message.number, message])),
 };
 
-const severityTones = new Map([["breaks", "bad"], ["weakens", "fair"], ["changes", "odd"]]);
+const severityTones = new Map([["breaks", "bad"], ["weakens", "fair"], ["changes", "odd"], ["notes", ""]]);
 const severityTone = (severity) => severityTones.get(severity) || "";
 
 const outcomeTones = new Map([
@@ -35,7 +35,7 @@ const outcomeTone = (outcome) => outcomeTones.get(outcome) || "odd";
 
 // The ids of what was found at a device, be it a fleet's record or a household of its own.
 function findingIds(device) {
-  return isRefs(device.findings) ? expand(device.findings).map((finding) => finding.id) : device.findings || [];
+  return isRefs(device.findings) ? [...new Set(expand(device.findings).map((finding) => finding.id))] : device.findings || [];
 }
 
 function logNumbers(device) {

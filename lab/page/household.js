@@ -82,17 +82,26 @@ function networkSection(network) {
     element("div", { class: "cards" }, network.radios.map((radio) => radioCard(radio, network.name))));
 }
 
+// A finding with what follows from it under it.
+function findingCard(finding, findings) {
+  return element("li", { class: "card" },
+    element("h3", {}, finding.severity ? [badge(finding.severity, severityTone(finding.severity)), " "] : null,
+      foreign(finding.title)),
+    element("p", {}, finding.meaning),
+    element("p", {}, element("strong", {}, "What to do: "), finding.remedy),
+    finding.places && finding.places.length > 0
+      ? element("ul", {}, finding.places.map((place) => element("li", {}, path(seen(place))))) : null,
+    element("p", { class: "soft" }, path(finding.id)),
+    followers(finding, findings).length > 0
+      ? element("ul", { class: "findings" }, followers(finding, findings).map((follower) => findingCard(follower, []))) : null);
+}
+
+const followers = (finding, findings) => findings.filter((other) => other.cause === finding.id);
+
 function findingsSection(findings) {
   if (findings.length === 0) return section("Findings", element("p", {}, "None."));
-  return section("Findings", element("ul", { class: "findings" }, findings.map((finding) =>
-    element("li", { class: "card" },
-      element("h3", {}, finding.severity ? [badge(finding.severity, severityTone(finding.severity)), " "] : null,
-        foreign(finding.title)),
-      element("p", {}, finding.meaning),
-      element("p", {}, element("strong", {}, "What to do: "), finding.remedy),
-      finding.places && finding.places.length > 0
-        ? element("ul", {}, finding.places.map((place) => element("li", {}, path(seen(place))))) : null,
-      element("p", { class: "soft" }, path(finding.id))))));
+  return section("Findings", element("ul", { class: "findings" },
+    findings.filter((finding) => !finding.cause).map((finding) => findingCard(finding, findings))));
 }
 
 function logSection(lines) {

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <utility>
 
-#include "lab/findings/findings.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/findings.h"
+#include "lab/household/message_kinds.h"
 #include "lab/page/page_text.h"
 #include "lab/page/script_data.h"
 #include "lab/runs/outcome.h"

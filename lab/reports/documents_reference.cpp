@@ -6,18 +6,12 @@
 #include <string_view>
 #include <vector>
 
-#include "lab/households/schemas.h"
+#include "lab/household/schemas.h"
 
 namespace lab {
 namespace {
 
 constexpr Json::ArrayIndex kMostNames = 8;  // more are not listed
-
-const Json::Value& Resolved(const Json::Value& document, const Json::Value& schema) {
-  constexpr std::string_view kDefinitions = "#/$defs/";
-  if (!schema.isMember("$ref")) return schema;
-  return document["$defs"][schema["$ref"].asString().substr(kDefinitions.size())];
-}
 
 std::string Quoted(const std::string& name) {
   return "`" + name + "`";

@@ -2,8 +2,8 @@
 
 #include <json/value.h>
 
-#include "lab/households/schemas.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/message_kinds.h"
+#include "lab/household/schemas.h"
 #include "lab/reports/report.h"
 #include "lab/text/json.h"
 #include "lab/text/utf8.h"
@@ -40,11 +40,11 @@ void AddSettings(JsonWriter& json, const char* name, const std::vector<Setting>&
   json.Name(name).BeginArray();
   for (const Setting& setting : settings) {
     json.BeginObject().Member("decidedByAllBands", setting.decided_elsewhere);
-    json.Member("fellBack", setting.fell_back);
+    json.Member("fellBack", setting.IsLost());
     if (!setting.key.empty()) json.Member("file", PrintableLine(setting.file)).Member("key", setting.key);
-    json.Member("meaning", setting.meaning).Member("member", setting.member).Name("now");
+    json.Member("meaning", setting.Meaning()).Member("member", setting.member).Name("now");
     AddValue(json, setting.now);
-    json.Member("title", setting.title).Name("was");
+    json.Member("title", setting.Title()).Name("was");
     setting.was ? json.Add(PrintableLine(*setting.was)) : json.AddJson("null");
     json.End();
   }
@@ -88,10 +88,12 @@ void AddTexts(JsonWriter& json, const char* name, const std::vector<std::string>
   json.End();
 }
 
-void AddFindings(JsonWriter& json, const std::vector<HouseholdReport::Found>& findings) {
+void AddFindings(JsonWriter& json, const std::vector<HouseholdReport::FindingGroup>& findings) {
   json.Name("findings").BeginArray();
-  for (const auto& [kind, places] : findings) {
-    json.BeginObject().Member("id", kind->id).Member("meaning", kind->meaning);
+  for (const auto& [kind, cause, places] : findings) {
+    json.BeginObject().Name("cause");
+    cause != nullptr ? json.Add(cause->id) : json.AddJson("null");
+    json.Member("id", kind->id).Member("meaning", kind->meaning);
     AddTexts(json, "places", places);
     json.Member("remedy", kind->remedy).Member("severity", SeverityName(kind->severity));
     json.Member("title", kind->title).End();
@@ -104,7 +106,7 @@ void AddLog(JsonWriter& json, const std::vector<HouseholdReport::Message>& log) 
   for (const HouseholdReport::Message& line : log) {
     const MessageKind* const kind = FindMessageKind(line.number);
     json.BeginObject();
-    if (kind != nullptr) json.Member("cause", kind->cause).Member("effect", kind->effect);
+    if (kind != nullptr) json.Member("cause", kind->cause).Member("effect", line.effect);
     json.Member("number", line.number);
     if (kind != nullptr) json.Member("remedy", kind->remedy);
     json.Member("severity", SeverityName(line.severity)).Member("text", PrintableLine(line.text)).End();

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "lab/households/rehearsal.h"
-#include "lab/households/schemas.h"
+#include "lab/household/message_kinds.h"
+#include "lab/household/run_view.h"
+#include "lab/household/schemas.h"
 #include "lab/text/json.h"
 
 namespace lab {
@@ -35,10 +36,21 @@ std::vector<Setting> Shown(std::vector<Setting> settings, const Discretion& disc
     }
     setting.file = shown_file;
     if (setting.was) setting.was = discretion.Value(setting.key, *setting.was);
+    for (Observation& found : setting.observations) found.detail = discretion.Entry(found.detail);
     const std::string name = setting.member.substr(setting.member.rfind('.') + 1);
     setting.now = Plain(discretion.Member(name, setting.now));
   }
   return settings;
+}
+
+std::vector<HouseholdReport::Part> Parts(const std::vector<HouseholdSettings::Radio>& radios,
+                                         const Discretion& discretion) {
+  std::vector<HouseholdReport::Part> parts;
+  for (const HouseholdSettings::Radio& radio : radios) {
+    parts.push_back(
+        {radio.view->frequency, discretion.Text(radio.view->file), Shown(radio.settings, discretion)});
+  }
+  return parts;
 }
 
 std::string NameIn(const Json::Value& object, const Discretion& discretion) {
@@ -57,10 +69,9 @@ Json::Value FilteredDevices(const Json::Value& devices, const Discretion& discre
   return told;
 }
 
-std::vector<HouseholdReport::FilterProfile> Filters(const Rehearsal& rehearsal,
-                                                    const Discretion& discretion) {
+std::vector<HouseholdReport::FilterProfile> Filters(const RunView& view, const Discretion& discretion) {
   std::vector<HouseholdReport::FilterProfile> filters;
-  const Json::Value* const misc = rehearsal.Document("misc.json");
+  const Json::Value* const misc = view.Document("misc.json");
   if (misc == nullptr || !misc->isObject()) return filters;
   const Json::Value& profiles = (*misc)["macFilterProfiles"];
   if (!profiles.isArray()) return filters;
@@ -73,13 +84,36 @@ std::vector<HouseholdReport::FilterProfile> Filters(const Rehearsal& rehearsal,
   return filters;
 }
 
-std::vector<HouseholdReport::Found> FindingsByKind(const Rehearsal& rehearsal, const Discretion& discretion) {
-  std::vector<HouseholdReport::Found> found;
-  for (const Finding& finding : FindIn(rehearsal)) {
-    if (found.empty() || found.back().kind != finding.kind) found.push_back({finding.kind, {}});
-    found.back().places.push_back(discretion.Entry(finding.detail));
+std::vector<HouseholdReport::FindingGroup> GroupFindings(const std::vector<Finding>& findings,
+                                                         const Discretion& discretion) {
+  std::vector<HouseholdReport::FindingGroup> groups;
+  for (const Finding& finding : findings) {
+    auto group = std::ranges::find_if(groups, [&](const HouseholdReport::FindingGroup& other) {
+      return other.kind == finding.kind && other.cause == finding.cause;
+    });
+    if (group == groups.end()) group = groups.insert(group, {finding.kind, finding.cause, {}});
+    group->places.push_back(discretion.Entry(finding.detail));
   }
-  return found;
+  return groups;
+}
+
+/// What a failed run means is told by its reason and by what is on the device.
+std::string EffectOfFailure(const RunView& view, const std::vector<Finding>& findings) {
+  const auto found = [&](std::string_view id) {
+    return std::ranges::any_of(findings, [=](const Finding& finding) { return finding.kind->id == id; });
+  };
+  if (found("archive-stopped")) return "All documents are written; not all old files are archived.";
+  if (!found("migration-stopped")) return "None for the Wi-Fi: there was nothing to write.";
+  if (view.Asked() != Request::Everything) return "global.json is not written.";
+  std::string missing;
+  for (const std::string& name : view.MissingDocuments()) missing += (missing.empty() ? "" : ", ") + name;
+  return missing.empty() ? "A document is not written." : "These documents are missing: " + missing + ".";
+}
+
+std::string EffectOf(int message, const RunView& view, const std::vector<Finding>& findings) {
+  if (message == kUpdateFailed) return EffectOfFailure(view, findings);
+  const MessageKind* const kind = FindMessageKind(message);
+  return kind == nullptr ? "" : std::string(kind->effect);
 }
 
 TreeDiff Shown(TreeDiff files, const Discretion& discretion) {
@@ -96,7 +130,9 @@ TreeDiff Shown(TreeDiff files, const Discretion& discretion) {
 
 HouseholdReport Tell(const std::string& image, const std::string& from, const RunResult& run,
                      const Discretion& discretion) {
-  const Rehearsal rehearsal(run);
+  const RunView view(run, from);
+  const HouseholdSettings settings = ReadSettings(view);
+  const std::vector<Finding> findings = DetectFindings(view, settings);
   const Verdict verdict = Judge(run);
   HouseholdReport report;
   report.image = discretion.Text(image);
@@ -107,27 +143,18 @@ HouseholdReport Tell(const std::string& image, const std::string& from, const Ru
   report.error = discretion.Text(verdict.error);
   report.out = discretion.Text(run.out);
   report.err = discretion.Text(run.err);
-  report.device = Shown(DeviceSettings(rehearsal), discretion);
-  for (const NetworkPart& network : rehearsal.Networks()) {
-    HouseholdReport::Network told{NameIn(*network.now, discretion),
-                                  network.is_guest,
-                                  Shown(SettingsOf(rehearsal, network), discretion),
-                                  {}};
-    for (const RadioPart& radio : network.radios) {
-      told.radios.push_back({radio.frequency, discretion.Text(radio.file),
-                             Shown(SettingsOf(rehearsal, network, radio), discretion)});
-    }
-    report.networks.push_back(std::move(told));
+  report.device = Shown(settings.device, discretion);
+  for (const HouseholdSettings::Network& network : settings.networks) {
+    report.networks.push_back({NameIn(*network.view->now, discretion), network.view->is_guest,
+                               Shown(network.settings, discretion), Parts(network.radios, discretion)});
   }
-  for (const RadioPart& radio : rehearsal.Radios()) {
-    report.radios.push_back(
-        {radio.frequency, discretion.Text(radio.file), Shown(SettingsOf(rehearsal, radio), discretion)});
-  }
-  report.wps = Shown(WPSSettings(rehearsal), discretion);
-  report.filters = Filters(rehearsal, discretion);
-  report.findings = FindingsByKind(rehearsal, discretion);
-  for (const NumberedLine& line : rehearsal.Log()) {
-    report.log.push_back({line.number, line.severity, discretion.LogText(line)});
+  report.radios = Parts(settings.radios, discretion);
+  report.wps = Shown(settings.wps, discretion);
+  report.filters = Filters(view, discretion);
+  report.findings = GroupFindings(findings, discretion);
+  for (const NumberedLine& line : view.Log()) {
+    report.log.push_back(
+        {line.number, line.severity, discretion.LogText(line), EffectOf(line.number, view, findings)});
   }
   report.files = Shown(Diff(run.before, run.after), discretion);
   return report;

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "lab/findings/findings.h"
-#include "lab/households/settings.h"
+#include "lab/household/findings.h"
+#include "lab/household/settings.h"
 #include "lab/reports/discretion.h"
 #include "lab/runs/outcome.h"
 #include "lab/runs/program_run.h"
@@ -34,15 +34,19 @@ struct HouseholdReport {
     std::string policy;
     Json::Value devices;
   };
-  /// All findings of one kind.
-  struct Found {
+  /// All findings of one kind that have the same cause.
+  struct FindingGroup {
     const FindingKind* kind = nullptr;
+    /// The kind of the finding that these follow from; null if they stand for themselves.
+    const FindingKind* cause = nullptr;
     std::vector<std::string> places;
   };
   struct Message {
     int number = 0;
     int severity = 0;
     std::string text;
+    /// What the line means for this household; empty for a line that has no meaning of its own.
+    std::string effect;
   };
 
   std::string image;
@@ -58,7 +62,7 @@ struct HouseholdReport {
   std::vector<Part> radios;
   std::vector<Setting> wps;
   std::vector<FilterProfile> filters;
-  std::vector<Found> findings;
+  std::vector<FindingGroup> findings;
   std::vector<Message> log;
   TreeDiff files;
 };

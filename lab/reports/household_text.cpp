@@ -13,8 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "lab/households/schemas.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/schemas.h"
 #include "lab/text/utf8.h"
 
 namespace lab {
@@ -76,11 +75,6 @@ class Printer {
     return '"' + (escaped.size() > kLongestText ? Line(escaped) : PrintableLine(escaped)) + '"';
   }
 
-  static const Setting* Find(const std::vector<Setting>& settings, std::string_view member) {
-    const auto found = std::ranges::find(settings, member, &Setting::member);
-    return found == settings.end() ? nullptr : &*found;
-  }
-
   static std::string ValueText(const Json::Value& value) {
     if (value.isString()) return Quoted(value.asString());
     if (value.isBool()) return value.asBool() ? "yes" : "no";
@@ -100,7 +94,7 @@ class Printer {
   }
 
   static std::string Words(const Setting& setting) {
-    return setting.meaning.empty() ? Plain(setting.now) : setting.meaning;
+    return setting.Meaning().empty() ? Plain(setting.now) : setting.Meaning();
   }
 
   static std::string Was(const Setting& setting) {
@@ -110,19 +104,19 @@ class Printer {
 
   /// The word, where it is another thing that counts.
   static std::string Before(const Setting& setting) {
-    return setting.fell_back && !setting.key.empty() ? Was(setting) + " -> " : "";
+    return setting.IsLost() && !setting.key.empty() ? Was(setting) + " -> " : "";
   }
 
   std::string Mark(const Setting& setting) const {
-    if (!setting.fell_back && !setting.decided_elsewhere) return "";
-    return Shaded(setting.fell_back ? " !" : " *", Shade::Warning);
+    if (!setting.IsLost() && !setting.decided_elsewhere) return "";
+    return Shaded(setting.IsLost() ? " !" : " *", Shade::Warning);
   }
 
   /// "PERSONAL_WPA2 -> security 4, WPA2".
   std::string Change(const Setting* setting, const char* name) const {
     if (setting == nullptr) return "";
     std::string text = Was(*setting) + " -> " + name + " " + ValueText(setting->now);
-    if (!setting->meaning.empty()) text += ", " + setting->meaning;
+    if (!setting->Meaning().empty()) text += ", " + setting->Meaning();
     return text + Mark(*setting);
   }
 
@@ -148,9 +142,9 @@ class Printer {
     if (report_.device.empty()) return;
     std::vector<std::string> parts;
     for (const Setting& setting : report_.device) {
-      if (setting.member == "broadcastDetect.threshold" && !setting.fell_back) continue;
-      std::string text = setting.title + ": " + Words(setting);
-      if (setting.fell_back) text += " (was " + Was(setting) + ")";
+      if (setting.member == "broadcastDetect.threshold" && !setting.IsLost()) continue;
+      std::string text = setting.Title() + ": " + Words(setting);
+      if (setting.IsLost()) text += " (was " + Was(setting) + ")";
       parts.push_back(text + Mark(setting));
     }
     out_ << '\n';
@@ -159,11 +153,11 @@ class Printer {
 
   void PrintNetwork(const HouseholdReport::Network& network) {
     out_ << '\n' << Shaded(PrintableLine(network.name), Shade::Strong);
-    const Setting* const smart = Find(network.settings, "smartConnect");
+    const Setting* const smart = FindSetting(network.settings, "smartConnect");
     if (smart != nullptr) {
       out_ << ": smart connect " << Before(*smart) << (smart->now == true ? "on" : "off") << Mark(*smart);
     }
-    if (const Setting* const filter = Find(network.settings, "mac_filter_profile_id")) {
+    if (const Setting* const filter = FindSetting(network.settings, "mac_filter_profile_id")) {
       out_ << ", MAC filter " << Was(*filter) << " -> " << FilterText(filter->now) << Mark(*filter);
     }
     out_ << '\n';
@@ -183,17 +177,17 @@ class Printer {
   void PrintNetworkRadio(const HouseholdReport::Network& network, const HouseholdReport::Part& radio) {
     const auto& settings = radio.settings;
     std::vector<std::string> parts;
-    const Setting* const enabled = Find(settings, "enabled");
-    const Setting* const ssid = Find(settings, "ssid");
-    const Setting* const password = Find(settings, "password");
+    const Setting* const enabled = FindSetting(settings, "enabled");
+    const Setting* const ssid = FindSetting(settings, "ssid");
+    const Setting* const password = FindSetting(settings, "password");
     parts.push_back(Before(*enabled) + (enabled->now == true ? "on" : "off") + Mark(*enabled) + "  " +
                     Before(*ssid) + ValueText(ssid->now) + Mark(*ssid));
-    parts.push_back(Change(Find(settings, "security"), "security"));
-    const Setting* const pmf = Find(settings, "pmf_mode");
+    parts.push_back(Change(FindSetting(settings, "security"), "security"));
+    const Setting* const pmf = FindSetting(settings, "pmf_mode");
     parts.push_back("PMF " + Before(*pmf) + Words(*pmf) + Mark(*pmf));
     parts.push_back("password " + Plain(password->now) + Mark(*password));
     if (network.is_guest) {
-      const Setting* const kept_out = Find(settings, "restrict_guest_access");
+      const Setting* const kept_out = FindSetting(settings, "restrict_guest_access");
       parts.push_back(Before(*kept_out) + (kept_out->now == true ? "kept out" : "let in") + Mark(*kept_out));
     }
     PrintPart(radio, parts);
@@ -205,24 +199,24 @@ class Printer {
     for (const HouseholdReport::Part& radio : report_.radios) {
       const auto& settings = radio.settings;
       std::vector<std::string> parts;
-      const Setting* const channel = Find(settings, "channel");
+      const Setting* const channel = FindSetting(settings, "channel");
       parts.push_back(Was(*channel) + " -> channel " + ValueText(channel->now) +
-                      (channel->meaning.empty() ? "" : ", " + channel->meaning) + Mark(*channel));
-      parts.push_back(Change(Find(settings, "bandwidth"), "bandwidth"));
-      parts.push_back(Change(Find(settings, "mode"), "mode"));
-      parts.push_back(Change(Find(settings, "txPower"), "power"));
-      const Setting* const dfs = Find(settings, "allowDFSChannels");
+                      (channel->Meaning().empty() ? "" : ", " + channel->Meaning()) + Mark(*channel));
+      parts.push_back(Change(FindSetting(settings, "bandwidth"), "bandwidth"));
+      parts.push_back(Change(FindSetting(settings, "mode"), "mode"));
+      parts.push_back(Change(FindSetting(settings, "txPower"), "power"));
+      const Setting* const dfs = FindSetting(settings, "allowDFSChannels");
       parts.push_back("DFS " + Was(*dfs) + " -> " + ValueText(dfs->now) + Mark(*dfs));
-      const Setting* const usb3 = Find(settings, "usb3Enabled");
+      const Setting* const usb3 = FindSetting(settings, "usb3Enabled");
       parts.push_back("USB 3 " + std::string(usb3->now == true ? "on" : "off") + Mark(*usb3));
       PrintPart(radio, parts);
       PrintOthers(settings, {"channel", "bandwidth", "mode", "txPower", "allowDFSChannels", "usb3Enabled"});
     }
     if (report_.wps.empty()) return;
-    const Setting* const enabled = Find(report_.wps, "enabled");
-    const Setting* const band = Find(report_.wps, "band");
-    const Setting* const pin_enabled = Find(report_.wps, "pin_enabled");
-    const Setting* const pin = Find(report_.wps, "pin");
+    const Setting* const enabled = FindSetting(report_.wps, "enabled");
+    const Setting* const band = FindSetting(report_.wps, "band");
+    const Setting* const pin_enabled = FindSetting(report_.wps, "pin_enabled");
+    const Setting* const pin = FindSetting(report_.wps, "pin");
     out_ << "  WPS          " << (enabled->now == true ? "on, " + Words(*band) : "off") << Mark(*enabled)
          << "; by PIN " << Before(*pin_enabled) << (pin_enabled->now == true ? "allowed" : "not allowed")
          << Mark(*pin_enabled) << ", PIN " << Plain(pin->now) << Mark(*pin) << '\n';
@@ -232,29 +226,17 @@ class Printer {
     if (any_decided) out_ << "  * smart connect: the all-bands file decides\n";
   }
 
-  /// Further settings that fell back.
+  /// Further settings that were lost.
   void PrintOthers(const std::vector<Setting>& settings, const std::vector<std::string_view>& shown) {
     std::vector<std::string> parts;
-    std::string asleep;
     for (const Setting& setting : settings) {
-      if (!setting.fell_back || std::ranges::find(shown, setting.member) != shown.end()) continue;
-      if (IsOfRotationThatIsOff(settings, setting)) {
-        asleep += (asleep.empty() ? "" : ", ") + setting.member.substr(setting.member.find('.') + 1);
-        continue;
-      }
+      if (!setting.IsLost() || std::ranges::find(shown, setting.member) != shown.end()) continue;
       std::string text = PrintableLine(setting.key) + " " + Was(setting) + " -> " + ValueText(setting.now);
-      if (!setting.meaning.empty()) text += ", " + setting.meaning;
+      if (!setting.Meaning().empty()) text += ", " + setting.Meaning();
       parts.push_back(text);
     }
-    if (!asleep.empty()) parts.push_back("in the guest password's schedule, which is off: " + asleep);
     if (!parts.empty())
       PrintJoined(std::string(2 + kNameWidth, ' ') + Shaded("! ", Shade::Warning), parts, "; ");
-  }
-
-  static bool IsOfRotationThatIsOff(const std::vector<Setting>& settings, const Setting& setting) {
-    const Setting* const enable = Find(settings, "guestPasswordRotation.enable");
-    return setting.member.starts_with("guestPasswordRotation.") && &setting != enable && enable != nullptr &&
-           enable->now != true;
   }
 
   void PrintPart(const HouseholdReport::Part& part, const std::vector<std::string>& parts) {
@@ -270,12 +252,28 @@ class Printer {
     out_ << '\n' << Shaded("Findings", Shade::Strong);
     if (report_.findings.empty()) out_ << ": none";
     out_ << '\n';
-    for (const auto& [kind, places] : report_.findings) {
-      std::string severity(SeverityName(kind->severity));
+    for (const HouseholdReport::FindingGroup& group : report_.findings) {
+      if (group.cause != nullptr) continue;
+      std::string severity(SeverityName(group.kind->severity));
       severity.resize(8, ' ');
-      out_ << "  " << Shaded(severity, kind->severity == Severity::Breaks ? Shade::Bad : Shade::Warning)
-           << kind->id << ": " << kind->title << ". " << kind->meaning << '\n';
-      PrintJoined(std::string(10, ' '), Places(places), "; ");
+      out_ << "  " << Shaded(severity, ShadeOf(group.kind->severity)) << group.kind->id << ": "
+           << group.kind->title << ". " << group.kind->meaning << '\n';
+      PrintJoined(std::string(10, ' '), Places(group.places), "; ");
+      PrintConsequences(*group.kind);
+    }
+  }
+
+  static Shade ShadeOf(Severity severity) {
+    if (severity == Severity::Breaks) return Shade::Bad;
+    return severity == Severity::Notes ? Shade::Strong : Shade::Warning;
+  }
+
+  /// What follows from a finding, under it.
+  void PrintConsequences(const FindingKind& cause) {
+    for (const HouseholdReport::FindingGroup& group : report_.findings) {
+      if (group.cause != &cause) continue;
+      PrintJoined(std::string(10, ' ') + "so " + std::string(group.kind->id) + ": ", Places(group.places),
+                  "; ");
     }
   }
 
@@ -301,23 +299,23 @@ class Printer {
     if (report_.log.empty()) out_ << ": nothing";
     out_ << '\n';
     std::vector<std::pair<std::string, int>> lines;
-    std::map<std::string, int> effects;
+    std::map<std::string, std::string> effects;
     for (const HouseholdReport::Message& message : report_.log) {
       const std::string text =
           (message.number == 0 ? "" : std::to_string(message.number) + " ") + Line(message.text);
       const auto known = std::ranges::find(lines, text, &std::pair<std::string, int>::first);
       if (known == lines.end()) {
         lines.emplace_back(text, 1);
-        effects[text] = message.number;
+        effects[text] = message.effect;
       } else {
         ++known->second;
       }
     }
     for (const auto& [text, count] : lines) {
-      const MessageKind* const kind = FindMessageKind(effects[text]);
+      const std::string& effect = effects[text];
       out_ << "  " << text << (count > 1 ? "  (" + std::to_string(count) + " times)" : "");
       // The beginning of a migration is no news.
-      if (kind != nullptr && kind->effect != "None.") out_ << "  " << kind->effect;
+      if (!effect.empty() && effect != "None.") out_ << "  " << effect;
       out_ << '\n';
     }
   }

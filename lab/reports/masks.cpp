@@ -2,15 +2,9 @@
 
 #include <string_view>
 
-#include "lab/messages/message_kinds.h"
+#include "lab/household/message_kinds.h"
 
 namespace lab {
-namespace {
-
-constexpr int kCannotDecode = 575;
-constexpr int kCannotOpen = 589;
-
-}  // namespace
 
 std::string MaskedLogText(const NumberedLine& line) {
   const MessageKind* const kind = FindMessageKind(line.number);

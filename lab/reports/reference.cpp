@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "lab/findings/findings.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/findings.h"
+#include "lab/household/message_kinds.h"
 
 namespace lab {
 namespace {
@@ -26,12 +26,14 @@ std::string FindingsReference() {
       "What a household or its security will notice after an upgrade, as `devicelab run` and `devicelab "
       "fleet` name it.\n"
       "This page is what `devicelab describe findings` prints.\n";
-  text += "\n## Breaks: a device falls off, or a guard is gone\n";
+  text += "\n## Breaks: a device loses the connection, or a protection is gone\n";
   AddFindings(text, Severity::Breaks);
   text += "\n## Weakens: less secure than before\n";
   AddFindings(text, Severity::Weakens);
-  text += "\n## Changes: behaves otherwise than before\n";
+  text += "\n## Changes: behaves differently than before\n";
   AddFindings(text, Severity::Changes);
+  text += "\n## Notes: nothing changes\n";
+  AddFindings(text, Severity::Notes);
   return text;
 }
 

@@ -1,17 +1,18 @@
 #include "lab/sweeps/documents.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
+
+#include "lab/household/known_files.h"
 
 namespace lab::sweeps {
 namespace {
 
-constexpr std::string_view kFolder = "/usr/kelp/etc/wifi/";
+constexpr std::string_view kFolder = kWifiFolder;
 constexpr std::string_view kTemporarySuffix = ".new";
 
 bool IsConsumedBy13(const std::string& path) {
-  return path == "/usr/kelp/etc/wifi/model.json" || path == "/usr/kelp/etc/wifi/country.json";
+  return path == kModelFile || path == kCountryFile;
 }
 
 const Entry* Find(const Tree& tree, const std::string& path) {
@@ -104,11 +105,7 @@ class Search {
 }  // namespace
 
 bool IsDocument(const std::string& path) {
-  static constexpr std::array<std::string_view, 4> kNames{"global.json", "misc.json", "radio.json",
-                                                          "wps.json"};
-  if (!path.starts_with(kFolder) || IsTemporaryName(path)) return false;
-  const std::string_view name = std::string_view(path).substr(kFolder.size());
-  return name.starts_with("network.json.") || std::find(kNames.begin(), kNames.end(), name) != kNames.end();
+  return path.starts_with(kFolder) && IsDocumentName(std::string_view(path).substr(kFolder.size()));
 }
 
 bool IsTemporaryName(const std::string& path) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "lab/household/known_files.h"
 #include "lab/images/tree.h"
 #include "lab/sweeps/strace_record.h"
 
@@ -21,9 +22,6 @@ struct Programs {
   /// empty. Throws std::runtime_error when the program under test or the tamperer is missing.
   static Programs BesideThisOne(const std::filesystem::path& migration = {});
 };
-
-/// Below it a device holds generation 1.2.5, whose migration stops where it finds a document.
-inline constexpr int kFirstBuildOf13 = 8228;
 
 /// How the line begins that the program writes to standard error when it fails, and what its log line tells
 /// too.

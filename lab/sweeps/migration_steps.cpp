@@ -5,6 +5,7 @@
 #include <set>
 #include <string_view>
 
+#include "lab/household/known_files.h"
 #include "lab/sweeps/descriptor_table.h"
 #include "lab/sweeps/documents.h"
 
@@ -13,17 +14,9 @@ namespace {
 
 using Kind = MigrationStep::Kind;
 
-constexpr std::string_view kAccessPointFile = "/usr/kelp/etc/wifi/wifi_ap_";
 constexpr std::array kDocumentsOf125{kGlobalDocument, kMiscDocument, "/usr/kelp/etc/wifi/radio.json",
                                      "/usr/kelp/etc/wifi/wps.json", kNetworkDocumentPrefix};
-constexpr std::array kAlwaysConsumed{"/etc/hostapd/mac_filter/mf.info",
-                                     "/etc/hostapd/mac_filter/mf.setting",
-                                     "/etc/hostapd/mac_filter/mf_guest.info",
-                                     "/usr/kelp/etc/wifi/lbd.conf",
-                                     "/usr/kelp/etc/wifi/lbd.guest.conf",
-                                     "/usr/kelp/etc/wifi/wifi_nvram",
-                                     "/usr/kelp/etc/wifi/wifi_wps"};
-constexpr std::array kRemovedOf13{"/usr/kelp/etc/wifi/model.json", "/usr/kelp/etc/wifi/country.json"};
+constexpr std::array kRemovedOf13{kModelFile, kCountryFile};
 
 const Entry* Find(const Tree& tree, const std::string& path) {
   const auto found = tree.find(path);
@@ -65,7 +58,7 @@ std::vector<MigrationStep> StepsOf(const Device& device, const std::vector<std::
   }
   for (const char* const document : kDocumentsOf125) steps.push_back({Kind::Document, document});
   if (!device.files.contains(kArchive)) steps.push_back({Kind::ArchiveFolder, kArchive});
-  std::set<std::string> files(kAlwaysConsumed.begin(), kAlwaysConsumed.end());
+  std::set<std::string> files(kArchivedFiles.begin(), kArchivedFiles.end());
   files.insert(consumed.begin(), consumed.end());
   for (const std::string& file : files) steps.push_back({Kind::Move, file});
   return steps;
@@ -77,7 +70,7 @@ std::vector<std::string> AccessPointFilesIn(const std::vector<SystemCall>& calls
   for (const SystemCall& call : calls) {
     if (call.name != "open" && call.name != "openat") continue;
     const std::string path = descriptors.OpenedBy(call)->path;
-    if (path.starts_with(kAccessPointFile)) files.insert(path);
+    if (path.starts_with(kAccessPointPrefix)) files.insert(path);
   }
   return {files.begin(), files.end()};
 }

@@ -32,59 +32,62 @@ constexpr std::array kSecurityModes{
     Word{"ENTERPRISE_WPA3", 10},
     Word{"ENTERPRISE_WPA_MIXED", 11},
 };
-constexpr Vocabulary kSecurity{kSecurityModes, 4, "%s:%d Invalid security mode: %s, select wpa2.", 760};
 
 constexpr std::array kPMFModes{Word{"disabled", 0}, Word{"capable", 1}, Word{"required", 2}};
-constexpr Vocabulary kPMF{kPMFModes, 0, "%s:%d Invalid pmf mode: %s, select disabled.", 776};
 
 constexpr std::array kWirelessModes{Word{"n", 0}, Word{"bgn", 1}, Word{"ac", 4}, Word{"an+ac", 5}};
-constexpr Vocabulary kWireless24{kWirelessModes, 1, "%s:%d Invalid wireless mode: %s.", 795};
-constexpr Vocabulary kWireless5{kWirelessModes, 4, "%s:%d Invalid wireless mode: %s.", 795};
 
 constexpr std::array kLevels{Word{"low", 0}, Word{"medium", 1}, Word{"high", 2}};
-constexpr Vocabulary kTxPower{kLevels, 2, "%s:%d Invalid tx power: %s, select high.", 811};
-constexpr Vocabulary kRotationStrength{kLevels, 1, "%s:%d Invalid value: %s, select medium.", 869};
 
 // Crossed on purpose: 1 is the regular schedule.
 constexpr std::array kRotationDateTypes{Word{"0", 1}, Word{"1", 0}};
-constexpr Vocabulary kRotationDateType{kRotationDateTypes, 1, "%s:%d Invalid mode: %s, select regular.", 855};
 
 constexpr std::array kBandwidths{
     Word{"20MHZ", 0},           Word{"20_40MHZ", 2}, Word{"20_40_80MHZ", 3},
     Word{"20_40_80_160MHZ", 4}, Word{"80_80MHZ", 5},
 };
-constexpr Vocabulary kBandwidth{kBandwidths, 2, "%s:%d Invalid bandwidth: %s, select 20_40.", 838};
 
 }  // namespace
 
+constexpr Vocabulary kSecurityVocabulary{kSecurityModes, 4, "%s:%d Invalid security mode: %s, select wpa2.",
+                                         760};
+constexpr Vocabulary kPMFVocabulary{kPMFModes, 0, "%s:%d Invalid pmf mode: %s, select disabled.", 776};
+constexpr Vocabulary kMode24Vocabulary{kWirelessModes, 1, "%s:%d Invalid wireless mode: %s.", 795};
+constexpr Vocabulary kMode5Vocabulary{kWirelessModes, 4, "%s:%d Invalid wireless mode: %s.", 795};
+constexpr Vocabulary kTxPowerVocabulary{kLevels, 2, "%s:%d Invalid tx power: %s, select high.", 811};
+constexpr Vocabulary kRotationStrengthVocabulary{kLevels, 1, "%s:%d Invalid value: %s, select medium.", 869};
+constexpr Vocabulary kRotationDateTypeVocabulary{kRotationDateTypes, 1,
+                                                 "%s:%d Invalid mode: %s, select regular.", 855};
+constexpr Vocabulary kBandwidthVocabulary{kBandwidths, 2, "%s:%d Invalid bandwidth: %s, select 20_40.", 838};
+
 std::int32_t ToSecurityMode(const std::string& word) {
-  return Translate(kSecurity, word);
+  return Translate(kSecurityVocabulary, word);
 }
 
 std::int32_t ToPMFMode(const std::string& word) {
-  return Translate(kPMF, word);
+  return Translate(kPMFVocabulary, word);
 }
 
 std::int32_t ToWirelessMode(const std::string& word, RadioFrequency radio) {
-  return Translate(radio == kBand24 ? kWireless24 : kWireless5, word);
+  return Translate(radio == kBand24 ? kMode24Vocabulary : kMode5Vocabulary, word);
 }
 
 std::int32_t ToTxPower(const std::string& word) {
-  return Translate(kTxPower, word);
+  return Translate(kTxPowerVocabulary, word);
 }
 
 std::int32_t ToRotationStrength(const std::string& word) {
-  return Translate(kRotationStrength, word);
+  return Translate(kRotationStrengthVocabulary, word);
 }
 
 std::int32_t ToRotationDateType(const std::string& word) {
-  return Translate(kRotationDateType, word);
+  return Translate(kRotationDateTypeVocabulary, word);
 }
 
 std::int32_t ToBandwidth(const std::string& file, RadioFrequency radio) {
   const std::string word = ReadLegacyValue(file, "bandwidth", "");
   if (radio == kBand24 && ReadLegacyFlag(file, "force_24g_40mhz")) return kForced40MHz;
-  return Translate(kBandwidth, word);
+  return Translate(kBandwidthVocabulary, word);
 }
 
 std::string SecretKeyName(std::int32_t security) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "legacy/vocabulary.h"
 #include "platform/records/radio_frequency.h"
 
 namespace KELP::Wifi::Updater {
@@ -10,6 +11,16 @@ namespace KELP::Wifi::Updater {
 /// The legacy words of each setting as the numbers that the settings records store. All are exact and
 /// case-sensitive, and total: a word that is not listed gives the fall-back and one log line at error
 /// priority.
+
+// The vocabularies themselves. The wireless mode has one for 2.4 GHz and one for 5 GHz.
+extern const Vocabulary kSecurityVocabulary;
+extern const Vocabulary kPMFVocabulary;
+extern const Vocabulary kMode24Vocabulary;
+extern const Vocabulary kMode5Vocabulary;
+extern const Vocabulary kTxPowerVocabulary;
+extern const Vocabulary kRotationStrengthVocabulary;
+extern const Vocabulary kRotationDateTypeVocabulary;
+extern const Vocabulary kBandwidthVocabulary;
 
 /// 0 disabled, 1 OWE, 2 WEP, 3 to 7 personal, 8 to 11 enterprise; fall-back 4 (personal WPA2).
 std::int32_t ToSecurityMode(const std::string& word);

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "lab/reports/effects_text.h"
-#include "tests/lab/households/household.h"
+#include "tests/lab/household/household.h"
 
 namespace lab_test {
 namespace {

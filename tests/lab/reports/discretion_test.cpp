@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "lab/reports/household_json.h"
-#include "tests/lab/households/household.h"
+#include "tests/lab/household/household.h"
 
 namespace lab_test {
 namespace {
@@ -188,7 +188,7 @@ TEST(Discretion, LeavesNothingPersonalInAReport) {
   discretion.Learn(run.after);
   const std::string json = lab::ToJson(lab::Tell("backup of 02-11-32-00-00-04", "8000", run, discretion));
   for (const char* personal : {"Home", "SG9tZQ", "\"Guests\"", "R3Vlc3Rz", "02:11:32:00:00:04",
-                               "02-11-32-00-00-04", "02:aa:00:00:00:01", "Tablet", "Phone", "example.net",
+                               "02-11-32-00-00-04", "02:aa:00:00:00:01", "Tablet", "Handset", "example.net",
                                "but a name", "home secret", "guest secret", "87654325"}) {
     EXPECT_THAT(json, Not(HasSubstr(personal)));
   }

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "lab/text/json.h"
-#include "tests/lab/households/household.h"
+#include "tests/lab/household/household.h"
 
 namespace lab_test {
 namespace {

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "lab/findings/findings.h"
-#include "lab/messages/message_kinds.h"
+#include "lab/household/findings.h"
+#include "lab/household/message_kinds.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lab {
