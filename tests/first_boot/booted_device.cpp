@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 
 namespace first_boot {
 namespace {
@@ -18,6 +19,14 @@ std::string BytesOf(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// As many as an attempt holds room for on any of the samples, the same ones each time.
+std::string RandomBytes() {
+  std::mt19937 engine;
+  std::string bytes(65536, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(engine() >> 24U);
+  return bytes;
+}
+
 }  // namespace
 
 bool IsThere(Shell shell) {
@@ -27,6 +36,7 @@ bool IsThere(Shell shell) {
 lab::PrivateRoot Upgraded(std::string_view name, std::string_view old_build) {
   lab::PrivateRoot device(std::filesystem::path(KELP_DEVICES) / name);
   device.Write(kOldBuild, old_build);
+  device.Write(kRandom, RandomBytes(), 0444);
   return device;
 }
 
@@ -44,7 +54,7 @@ lab::PrivateRoot FromTree(const lab::Tree& tree) {
         device.Link(path, entry.content);
         break;
       case lab::Entry::Kind::Other:
-        ADD_FAILURE() << "cannot lay out " << path;
+        device.MakeFifo(path, entry.mode);  // the one that the script listens to the program with
     }
   }
   return device;
@@ -58,7 +68,8 @@ lab::RunResult Boot(lab::PrivateRoot& device, Shell shell, const std::string& se
   if (shell == Shell::Dash) {
     in_shell.wrapper.insert(in_shell.wrapper.end(), {"/usr/bin/dash", kScript, kSettings});
   } else {
-    for (const char* tool : {"mkdir", "mv", "rm", "sh", "sleep"}) {
+    for (const char* tool :
+         {"cat", "head", "logger", "ls", "mkdir", "mkfifo", "mv", "rm", "rmdir", "sh", "sleep"}) {
       device.ProvideLink(std::string("/tmp/bin/") + tool, kBusybox);
     }
     in_shell.environment = {"PATH=/tmp/bin"};
@@ -76,7 +87,7 @@ lab::Tree Household(const lab::Tree& tree) {
   lab::Tree rest;
   for (const auto& [path, entry] : tree) {
     const bool is_other = path.starts_with("/tmp") || path.starts_with(kState) || path == "/etc" ||
-                          path == "/var" || path.starts_with("/var/lock");
+                          path.starts_with("/dev/") || path == "/var" || path.starts_with("/var/lock");
     if (!is_other) rest.emplace(path, entry);
   }
   return rest;

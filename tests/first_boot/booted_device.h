@@ -14,6 +14,7 @@ inline const std::string kWifi = "/usr/kelp/etc/wifi/";
 inline const std::string kOldBuild = "/usr/kelp/etc/old_build";
 inline const std::string kState = "/usr/kelp/etc/migration";
 inline const std::string kResult = kState + "/result";
+inline const std::string kRandom = "/dev/urandom";
 
 /// The shells that devices have: dash, and busybox with its own tools as far as this machine has it.
 enum class Shell { Dash, Busybox };
