@@ -8,12 +8,11 @@ const std::vector<FindingKind>& FindingKinds() {
       {"migration-stopped", "The update stopped before it was done",
        "Documents are missing, so the household's Wi-Fi does not come up as it was; later runs may be "
        "blocked.",
-       "The reason tells what to mend on the device; remove the documents that were written, then run again.",
-       Breaks},
+       "The reason tells what to mend on the device; then use kelp-migrate-again.", Breaks},
       {"blocked-by-earlier-run", "An earlier run that broke off blocks this one",
        "Some of the five documents are missing and no later run writes them: the household keeps a half "
        "Wi-Fi.",
-       "Remove the documents that are there, put the archived files back, then run again.", Breaks},
+       "Use kelp-migrate-again.", Breaks},
       {"access-point-file-missing", "A radio's access-point file is missing",
        "The radio comes up without a name and without its settings, and the update reports a failure.",
        "Enter the radio's settings anew; look whether the file is named for another address.", Breaks},

@@ -30,6 +30,10 @@ lab::PrivateRoot FromTree(const lab::Tree& tree);
 lab::RunResult Boot(lab::PrivateRoot& device, Shell shell, const std::string& settings = "",
                     const lab::RunOptions& options = {});
 
+/// Runs kelp-migrate-again on the device, with arguments as a shell reads them.
+lab::RunResult MigrateAgain(lab::PrivateRoot& device, Shell shell, const std::string& arguments = "",
+                            const std::string& settings = "");
+
 /// The program alone, undisturbed.
 lab::RunResult Migrate(lab::PrivateRoot& device, const std::string& build);
 
