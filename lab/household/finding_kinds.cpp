@@ -8,10 +8,10 @@ const std::vector<FindingKind>& FindingKinds() {
       {"documents-not-written", "The program did not do its work: settings files are missing",
        "It reported success, but it did not write all new settings files. The Wi-Fi does not come back as it "
        "was.",
-       "Support: do not ship this program. Use the command that migrates again with a correct one.", Breaks},
+       "Support: do not ship this program. Use kelp-migrate-again with a correct one.", Breaks},
       {"document-unreadable", "The program did not do its work: a settings file cannot be read",
        "A new settings file is not valid JSON, so the Wi-Fi does not start with it.",
-       "Support: do not ship this program. Use the command that migrates again with a correct one.", Breaks},
+       "Support: do not ship this program. Use kelp-migrate-again with a correct one.", Breaks},
       {"legacy-file-lost", "The program did not do its work: an old settings file is lost",
        "The file is neither in its place nor in the archive, so the migration cannot be repeated.",
        "Support: do not ship this program. Restore the file from a backup.", Breaks},
@@ -19,14 +19,13 @@ const std::vector<FindingKind>& FindingKinds() {
        "Some new settings files are missing, so the Wi-Fi does not come back as it was. Later attempts may "
        "be "
        "blocked.",
-       "Support: the reason in the report says what to fix on the router. Then use the command that migrates "
-       "again.",
+       "Support: the reason in the report says what to fix on the router. Then use kelp-migrate-again.",
        Breaks},
       {"blocked-by-earlier-run", "An earlier update stopped halfway and blocks this one",
        "Some of the five new settings files are missing, and no later run writes them. Only part of the "
        "Wi-Fi "
        "settings is in place.",
-       "Support: use the command that migrates again.", Breaks},
+       "Support: use kelp-migrate-again.", Breaks},
       {"build-number-too-high", "The router has old settings, but the build number asks for nothing",
        "No settings file was written, so the Wi-Fi starts without the household's settings.",
        "Support: run the update again with the build number that was installed before.", Breaks},

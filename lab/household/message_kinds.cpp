@@ -21,8 +21,7 @@ const std::vector<MessageKind>& MessageKinds() {
        "global.json or misc.json is there already, from an earlier run or from the daemon.",
        "None where that run had finished. Where it had broken off, the household stays without the documents "
        "that are missing.",
-       "Look which of the five documents are there; where some are missing, remove the others and run "
-       "again."},
+       "Look which of the five documents are there; where some are missing, use kelp-migrate-again."},
       {229, "Start to migrate config from 1.2.5 to 1.3", "The migration of a whole household has begun.",
        "None.", "Nothing to do."},
       {280, "Failed to country code, use US to instead. error: %s",
@@ -83,10 +82,8 @@ const std::vector<MessageKind>& MessageKinds() {
       {954, "Failed to update config, error: %s, buildNumber: %s",
        "The update stopped, for the reason given.",
        "By the reason: settings files are missing, or only the archive is not done, or nothing was due. A "
-       "report of "
-       "the device says which.",
-       "The reason tells what to mend; then put back what the run moved to legacy/, remove the documents "
-       "that it wrote, and run again."},
+       "report of the device says which.",
+       "The reason tells what to mend; then use kelp-migrate-again."},
   };
   return kKinds;
 }

@@ -5,17 +5,45 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 
 namespace first_boot {
 namespace {
 
-constexpr const char* kScript = "/tmp/kelp-first-boot";
 constexpr const char* kSettings = "/tmp/settings";
+constexpr const char* kDeviceSettings = "/etc/kelp-first-boot.conf";
 constexpr const char* kBusybox = "/usr/bin/busybox";
 
 std::string BytesOf(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Runs one of the scripts with arguments as a shell reads them.
+lab::RunResult RunScript(lab::PrivateRoot& device, Shell shell, const std::filesystem::path& script,
+                         const std::string& arguments, lab::RunOptions options) {
+  const std::string path = "/tmp/" + script.filename().string();
+  device.Write(path, BytesOf(script), 0755);
+  std::string name = "/usr/bin/dash";
+  if (shell == Shell::Busybox) {
+    name = "/tmp/bin/sh";
+    for (const char* tool :
+         {"cat", "head", "logger", "ls", "mkdir", "mkfifo", "mv", "rm", "rmdir", "sh", "sleep"}) {
+      device.ProvideLink(std::string("/tmp/bin/") + tool, kBusybox);
+    }
+    options.environment = {"PATH=/tmp/bin"};
+  }
+  // The program's path, which follows, is no argument of the script then.
+  options.wrapper.insert(options.wrapper.end(), {name, "-c", "exec " + name + " " + path + " " + arguments});
+  return lab::RunProgram(device, KELP_PROGRAM, {}, options);
+}
+
+/// As many as an attempt holds room for on any of the samples, the same ones each time.
+std::string RandomBytes() {
+  std::mt19937 engine;
+  std::string bytes(65536, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(engine() >> 24U);
+  return bytes;
 }
 
 }  // namespace
@@ -27,6 +55,7 @@ bool IsThere(Shell shell) {
 lab::PrivateRoot Upgraded(std::string_view name, std::string_view old_build) {
   lab::PrivateRoot device(std::filesystem::path(KELP_DEVICES) / name);
   device.Write(kOldBuild, old_build);
+  device.Write(kRandom, RandomBytes(), 0444);
   return device;
 }
 
@@ -44,7 +73,7 @@ lab::PrivateRoot FromTree(const lab::Tree& tree) {
         device.Link(path, entry.content);
         break;
       case lab::Entry::Kind::Other:
-        ADD_FAILURE() << "cannot lay out " << path;
+        device.MakeFifo(path, entry.mode);  // the one that the script listens to the program with
     }
   }
   return device;
@@ -52,20 +81,17 @@ lab::PrivateRoot FromTree(const lab::Tree& tree) {
 
 lab::RunResult Boot(lab::PrivateRoot& device, Shell shell, const std::string& settings,
                     const lab::RunOptions& options) {
-  device.Write(kScript, BytesOf(KELP_FIRST_BOOT), 0755);
   device.Write(kSettings, "sync() { :; }\n" + settings);
-  lab::RunOptions in_shell = options;
-  if (shell == Shell::Dash) {
-    in_shell.wrapper.insert(in_shell.wrapper.end(), {"/usr/bin/dash", kScript, kSettings});
-  } else {
-    for (const char* tool : {"mkdir", "mv", "rm", "sh", "sleep"}) {
-      device.ProvideLink(std::string("/tmp/bin/") + tool, kBusybox);
-    }
-    in_shell.environment = {"PATH=/tmp/bin"};
-    in_shell.wrapper.insert(in_shell.wrapper.end(), {kBusybox, "sh", kScript, kSettings});
-  }
-  // What the wrapper is given behind its settings, the program's path, it does not look at.
-  return lab::RunProgram(device, KELP_PROGRAM, {}, in_shell);
+  return RunScript(device, shell, KELP_FIRST_BOOT, kSettings, options);
+}
+
+lab::RunResult MigrateAgain(lab::PrivateRoot& device, Shell shell, const std::string& arguments,
+                            const std::string& settings) {
+  device.Write("/tmp/kelp-first-boot", BytesOf(KELP_FIRST_BOOT), 0755);
+  device.Write(kDeviceSettings, "sync() { :; }\n" + settings);
+  lab::RunResult run = RunScript(device, shell, KELP_MIGRATE_AGAIN, arguments, {});
+  device.Remove(kDeviceSettings);
+  return run;
 }
 
 lab::RunResult Migrate(lab::PrivateRoot& device, const std::string& build) {
@@ -76,7 +102,8 @@ lab::Tree Household(const lab::Tree& tree) {
   lab::Tree rest;
   for (const auto& [path, entry] : tree) {
     const bool is_other = path.starts_with("/tmp") || path.starts_with(kState) || path == "/etc" ||
-                          path == "/var" || path.starts_with("/var/lock");
+                          path.starts_with("/dev/") || path == kDeviceSettings || path == "/var" ||
+                          path.starts_with("/var/lock");
     if (!is_other) rest.emplace(path, entry);
   }
   return rest;

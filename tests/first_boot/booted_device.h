@@ -14,6 +14,7 @@ inline const std::string kWifi = "/usr/kelp/etc/wifi/";
 inline const std::string kOldBuild = "/usr/kelp/etc/old_build";
 inline const std::string kState = "/usr/kelp/etc/migration";
 inline const std::string kResult = kState + "/result";
+inline const std::string kRandom = "/dev/urandom";
 
 /// The shells that devices have: dash, and busybox with its own tools as far as this machine has it.
 enum class Shell { Dash, Busybox };
@@ -28,6 +29,10 @@ lab::PrivateRoot FromTree(const lab::Tree& tree);
 /// of its settings, which spares the machine that the tests run on the flushes.
 lab::RunResult Boot(lab::PrivateRoot& device, Shell shell, const std::string& settings = "",
                     const lab::RunOptions& options = {});
+
+/// Runs kelp-migrate-again on the device, with arguments as a shell reads them.
+lab::RunResult MigrateAgain(lab::PrivateRoot& device, Shell shell, const std::string& arguments = "",
+                            const std::string& settings = "");
 
 /// The program alone, undisturbed.
 lab::RunResult Migrate(lab::PrivateRoot& device, const std::string& build);

@@ -57,7 +57,11 @@ bool HoldsContent(const lab::Tree& tree, const std::string& content) {
 /// Lets a step reach the disk. A record whose bytes were not flushed before its name is an empty file then.
 void Reach(lab::Tree& tree, const Step& step, const lab::Tree& flushed) {
   if (step.tool == "rm") {
-    for (const std::string& path : step.paths) tree.erase(path);
+    std::erase_if(tree, [&](const auto& file) {
+      return std::any_of(step.paths.begin(), step.paths.end(), [&](const std::string& path) {
+        return file.first == path || file.first.starts_with(path + "/");
+      });
+    });
     return;
   }
   const auto from = tree.find(step.paths.at(0));

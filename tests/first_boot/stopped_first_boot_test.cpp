@@ -118,9 +118,87 @@ TEST_P(StoppedFirstBoot, WhatWaitsForTheProgramIsKilled) {
   ExpectQuiet(Boot(
       device, GetParam(),
       "most_seconds=1 flushes=0\n"
-      "sync() { flushes=$((flushes + 1)); [ $flushes -lt 4 ] || kill -9 \"$(sh -c 'echo $PPID')\"; }\n"));
+      "sync() { flushes=$((flushes + 1)); [ $flushes -lt 6 ] || kill -9 \"$(sh -c 'echo $PPID')\"; }\n"));
   EXPECT_THAT(Result(device), StartsWith("gave-up 1 8000\n"));
   ExpectLaterSettingsStay(device, "gave-up 1 8000\n");
+}
+
+// What is left of the attempt behind the boot's back would change the device under the household's hands.
+TEST_P(StoppedFirstBoot, NothingOfTheAttemptGoesOnBehindTheBoot) {
+  lab::PrivateRoot device = DeviceWithBackground();
+  lab::RunOptions and_wait;
+  and_wait.wrapper = {"/usr/bin/dash", "-c", "\"$@\"; sleep 3; [ ! -e /tmp/late ]", "dash"};
+  const lab::RunResult boot =
+      Boot(device, GetParam(), "most_seconds=1 program=hang\nhang() { sleep 2; : >/tmp/late; }\n", and_wait);
+  EXPECT_EQ(boot.status, 0) << "the program ran on";
+  EXPECT_THAT(Result(device), StartsWith("gave-up 1 8000\n"));
+}
+
+// From the end of the time on the storage lets nobody go again.
+TEST_P(StoppedFirstBoot, StorageThatHangsWhenTheTimeIsOverKeepsNoBoot) {
+  for (const std::string tool : {"sync", "mv"}) {
+    SCOPED_TRACE(tool);
+    lab::PrivateRoot device = DeviceWithBackground();
+    const lab::RunResult boot =
+        Boot(device, GetParam(),
+             tool + "() { [ ! -e /tmp/over ] || sleep 1000; " + (tool == "sync" ? ":" : "command mv \"$@\"") +
+                 "; }\n"
+                 "most_seconds=1 program=hang\nhang() { : >/tmp/over; exec sleep 1000; }\n");
+    ExpectQuiet(boot);
+    EXPECT_FALSE(boot.timed_out) << "the boot waits for a " << tool << " that hangs";
+  }
+}
+
+// Before the first record, too: what the household sets is not migrated over, however late the storage goes
+// on. The word waits for no flush, which may hang because of another file system.
+TEST_P(StoppedFirstBoot, StorageThatHangsFromTheBeginning) {
+  for (const std::string tool : {"sync", "mv"}) {
+    SCOPED_TRACE(tool);
+    lab::PrivateRoot device = DeviceWithBackground();
+    lab::RunOptions and_goes_on;
+    and_goes_on.wrapper = {
+        "/usr/bin/dash", "-c",
+        "\"$@\"; [ ! -s /usr/kelp/etc/migration/result ] || : >/tmp/at-once\n: >/tmp/back\n"
+        "for try in 1 2 3 4 5 6 7 8 9; do\n"
+        "  sleep 1; read -r word rest </usr/kelp/etc/migration/result && break\n"
+        "done 2>/tmp/not-yet",
+        "dash"};
+    const lab::RunResult boot =
+        Boot(device, GetParam(),
+             tool + "() { while [ ! -e /tmp/back ]; do sleep 1; done; " +
+                 (tool == "sync" ? ":" : "command mv \"$@\"") + "; }\nmost_seconds=1\n",
+             and_goes_on);
+    EXPECT_FALSE(boot.timed_out) << "the boot waits for a " << tool << " that hangs";
+    EXPECT_EQ(device.Exists("/tmp/at-once"), tool == "sync");
+    EXPECT_EQ(Result(device), "gave-up 1 8000\nwas stopped, or took more than 1 seconds\n");
+    ExpectLaterSettingsStay(device, "gave-up 1 8000\n");
+  }
+}
+
+TEST_P(StoppedFirstBoot, ToldToEndWhileItPutsBack) {
+  for (const bool has_background : {true, false}) {
+    SCOPED_TRACE(has_background);
+    lab::PrivateRoot device = has_background ? DeviceWithBackground() : Device();
+    Boot(device, GetParam(),
+         "program=run\nrun() { /usr/sbin/kelpwifiupdater \"$@\"; return 137; }\n"
+         "mv() { case $* in *legacy*) kill -9 $$; while :; do sleep 1; done ;; esac; command mv \"$@\"; }\n");
+    ASSERT_EQ(Result(device), "again 2 8000\n");
+    ExpectQuiet(Boot(device, GetParam(),
+                     "mv() { command mv \"$@\"; case $* in *legacy*) kill -TERM $$ ;; esac; }\n"));
+    EXPECT_THAT(Result(device), StartsWith("gave-up 2 8000\n"));
+    ExpectLaterSettingsStay(device, "gave-up 2 8000\n");
+  }
+}
+
+TEST_P(StoppedFirstBoot, PowerCutWhileItPutsBackIsNoAttempt) {
+  lab::PrivateRoot device = Device();
+  Boot(device, GetParam(), kCutBehindTheProgram);
+  for (int cut = 0; cut < 3; ++cut) {
+    Boot(device, GetParam(), "mv() { case $* in *legacy*) kill -9 $$; exit ;; esac; command mv \"$@\"; }\n");
+    EXPECT_EQ(Result(device), "again 2 8000\n");
+  }
+  ExpectQuiet(Boot(device, GetParam()));
+  EXPECT_EQ(Result(device), "migrated 2 8000\n");
 }
 
 TEST_P(StoppedFirstBoot, WhatWasArchivedCannotBePutBack) {
@@ -145,11 +223,10 @@ TEST_P(StoppedFirstBoot, NoRoomForRecordsBehindABrokenRun) {
   ExpectLaterSettingsStay(device, "gave-up ");
 }
 
-// The room ends when the broken run is undone: its documents are gone, and the attempt is made all the same.
+// The storage takes no more names when the broken run is undone: all is as it was before, and so it stays.
 TEST_P(StoppedFirstBoot, NoRoomForRecordsBehindTheUndoing) {
-  lab::PrivateRoot undisturbed = Device();
-  const lab::Tree whole = Household(Migrate(undisturbed, "8000").after);
   lab::PrivateRoot device = Device();
+  const lab::Tree before = Household(device.Snapshot());
   Boot(device, GetParam(), kCutBehindTheProgram);
   const lab::RunResult boot = Boot(device, GetParam(),
                                    "mv() {\n"
@@ -158,10 +235,10 @@ TEST_P(StoppedFirstBoot, NoRoomForRecordsBehindTheUndoing) {
                                    "  esac\n"
                                    "  command mv \"$@\"\n"
                                    "}\n");
-  ExpectQuiet(boot);
-  EXPECT_EQ(Result(device), "again 2 8000\n");
-  EXPECT_THAT(Differing(Household(boot.after), whole), IsEmpty());
-  ExpectLaterSettingsStay(device, "gave-up 2 8000\n");
+  EXPECT_EQ(boot.status, 0);
+  EXPECT_EQ(Result(device), "no-room 2 8000\n");
+  EXPECT_THAT(Differing(Household(boot.after), before), IsEmpty());
+  ExpectLaterSettingsStay(device, "documents-there 2 8000\n");
 }
 
 // Of a list that is not whole cannot be told what was there before.
@@ -205,7 +282,7 @@ TEST_P(StoppedFirstBoot, SecondCallInOneBootDoesNothing) {
   device.Write(kBootId, "1f0e-three\n");
   device.Write(kOldBuild, "9300\n");
   ExpectQuiet(Boot(device, GetParam()));
-  EXPECT_EQ(Result(device), "migrated 1 9300\n");
+  EXPECT_EQ(Result(device), "nothing-to-do 1 9300\n");
 }
 
 TEST_P(StoppedFirstBoot, SettingsThatAreNoShellDoNotFailTheBoot) {

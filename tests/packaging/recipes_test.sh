@@ -59,6 +59,7 @@ expect OpenWrt "$folder/openwrt/root" <<'END'
 etc/init.d/kelp-first-boot 755
 etc/kelp-first-boot.conf 600
 usr/libexec/kelp-first-boot 755
+usr/sbin/kelp-migrate-again 755
 usr/sbin/kelpwifiupdater 755
 END
 same OpenWrt "$folder/openwrt/root/etc/init.d/kelp-first-boot" "$packaging/first-boot/kelp-first-boot.procd"
@@ -93,11 +94,13 @@ expect "Buildroot with systemd" "$folder/buildroot/root-systemd" <<'END'
 etc/kelp-first-boot.conf 644
 usr/lib/systemd/system/kelp-first-boot.service 644
 usr/libexec/kelp-first-boot 755
+usr/sbin/kelp-migrate-again 755
 END
 expect "Buildroot with SysV" "$folder/buildroot/root-sysv" <<'END'
 etc/init.d/S15kelp-first-boot 755
 etc/kelp-first-boot.conf 644
 usr/libexec/kelp-first-boot 755
+usr/sbin/kelp-migrate-again 755
 END
 same Buildroot "$folder/buildroot/root-sysv/etc/init.d/S15kelp-first-boot" "$packaging/first-boot/kelp-first-boot.init"
 [ "$(buildroot source)" = "$(realpath -- "$checkout")" ] || {
@@ -125,13 +128,14 @@ for init in systemd sysv; do
     awk '/^do_install:append\(\) \{/ { on = 1; next } /^}/ { on = 0 } on' "${recipe[0]}" |
       sed "s/\${@bb\.utils\.contains([^)]*)}/$with_systemd/"
   } >"$folder/yocto/do_install"
-  S=$checkout B=$folder/yocto/build D=$folder/yocto/root-$init libexecdir=/usr/libexec sysconfdir=/etc \
+  S=$checkout B=$folder/yocto/build D=$folder/yocto/root-$init libexecdir=/usr/libexec sbindir=/usr/sbin sysconfdir=/etc \
     systemd_system_unitdir=/usr/lib/systemd/system sh -eu "$folder/yocto/do_install"
 done
 expect "Yocto with systemd" "$folder/yocto/root-systemd" <<'END'
 etc/kelp-first-boot.conf 644
 usr/lib/systemd/system/kelp-first-boot.service 644
 usr/libexec/kelp-first-boot 755
+usr/sbin/kelp-migrate-again 755
 usr/sbin/kelpwifiupdater 755
 usr/share/man/man8/kelpwifiupdater.8 644
 END
@@ -139,6 +143,7 @@ expect "Yocto with SysV" "$folder/yocto/root-sysv" <<'END'
 etc/init.d/kelp-first-boot 755
 etc/kelp-first-boot.conf 644
 usr/libexec/kelp-first-boot 755
+usr/sbin/kelp-migrate-again 755
 usr/sbin/kelpwifiupdater 755
 usr/share/man/man8/kelpwifiupdater.8 644
 END

@@ -23,6 +23,7 @@ endif
 
 define KELPWIFIUPDATER_INSTALL_FIRST_BOOT
 	$(INSTALL) -D -m 0755 $(@D)/packaging/first-boot/kelp-first-boot $(TARGET_DIR)/usr/libexec/kelp-first-boot
+	$(INSTALL) -D -m 0755 $(@D)/packaging/first-boot/kelp-migrate-again $(TARGET_DIR)/usr/sbin/kelp-migrate-again
 	$(INSTALL) -D -m 0644 $(@D)/packaging/first-boot/kelp-first-boot.conf $(TARGET_DIR)/etc/kelp-first-boot.conf
 endef
 KELPWIFIUPDATER_POST_INSTALL_TARGET_HOOKS += KELPWIFIUPDATER_INSTALL_FIRST_BOOT

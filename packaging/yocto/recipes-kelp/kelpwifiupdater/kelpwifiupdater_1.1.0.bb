@@ -23,6 +23,7 @@ INITSCRIPT_PARAMS = "start 15 S ."
 
 do_install:append() {
     install -D -m 0755 ${S}/packaging/first-boot/kelp-first-boot ${D}${libexecdir}/kelp-first-boot
+    install -D -m 0755 ${S}/packaging/first-boot/kelp-migrate-again ${D}${sbindir}/kelp-migrate-again
     install -D -m 0644 ${S}/packaging/first-boot/kelp-first-boot.conf ${D}${sysconfdir}/kelp-first-boot.conf
     if ${@bb.utils.contains('DISTRO_FEATURES', 'systemd', 'true', 'false', d)}; then
         install -D -m 0644 ${S}/packaging/first-boot/kelp-first-boot.service ${D}${systemd_system_unitdir}/kelp-first-boot.service
