@@ -10,7 +10,7 @@
 #include <system_error>
 
 #include "fuzz/support/check.h"
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 
 // Part of a sanitizer's run-time library, where there is one.
 extern "C" [[gnu::weak]] void __sanitizer_symbolize_pc(void* place, const char* format, char* text,

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <stdexcept>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 
 namespace lab::commands {
 

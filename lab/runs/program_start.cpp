@@ -15,7 +15,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 
 namespace lab {
 namespace {

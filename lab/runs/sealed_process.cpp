@@ -15,7 +15,7 @@
 #include <stdexcept>
 
 #include "lab/images/descriptor.h"
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 
 namespace lab {
 namespace {

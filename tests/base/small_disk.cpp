@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 
 namespace testing_support {
 

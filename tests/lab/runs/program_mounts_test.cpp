@@ -8,7 +8,7 @@
 #include <fstream>
 
 #include "lab/images/file_copy.h"
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 

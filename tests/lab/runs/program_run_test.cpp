@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 #include "tests/support/child_process.h"
 #include "tests/support/hang_guard.h"
 #include "tests/support/temporary_folder.h"

@@ -1,4 +1,4 @@
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 
 #include <fcntl.h>
 #include <linux/capability.h>
