@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -19,6 +20,8 @@
 
 #include "lab/images/descriptor.h"
 #include "lab/images/file_copy.h"
+#include "lab/plain/guarded_files.h"
+#include "lab/plain/plain_way.h"
 
 namespace lab {
 namespace {
@@ -31,15 +34,45 @@ void WriteKernelFile(const std::string& path, const std::string& text) {
   WriteAll(file.Get(), text, path);
 }
 
-/// Does what a run does before it starts its program.
-void TryNamespaces() {
-  if (!MayMount()) EnterUserNamespace();
-  EnterMountNamespace();
-  Checked(::chroot("/"), "chroot to", "/");
+/// The user and group numbers are those of before the user namespace was entered.
+void MapThisUser(const std::string& user, const std::string& group) {
+  WriteKernelFile("/proc/self/setgroups", "deny");
+  WriteKernelFile("/proc/self/uid_map", "0 " + user + " 1");
+  WriteKernelFile("/proc/self/gid_map", "0 " + group + " 1");
 }
 
-/// What fails of that, tried in a process that ends with it.
-std::string FailureOfTrial() {
+void MountOwnTemporaryFolder() {
+  Checked(::mount("devicelab", kOwnTemporaryFolder, "tmpfs", MS_NOSUID | MS_NODEV, "mode=0700"),
+          "make a file system in memory at", kOwnTemporaryFolder);
+}
+
+/// What came of doing, in a process that ends with it, all that the full way does.
+struct Trial {
+  /// Empty where nothing failed.
+  std::string failure;
+  bool has_user_namespace = false;
+};
+
+/// The first thing of a report: a user namespace was made.
+constexpr char kUserNamespaceMade = '+';
+
+void TryFullWay(int report) {
+  if (!MayMount()) {
+    const std::string user = std::to_string(::geteuid());
+    const std::string group = std::to_string(::getegid());
+    Checked(::unshare(CLONE_NEWUSER), "enter", "a user namespace");
+    WriteAll(report, std::string(1, kUserNamespaceMade), "");
+    MapThisUser(user, group);
+  }
+  EnterMountNamespace();
+  MountOwnTemporaryFolder();
+  const unsigned flags = OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_RECURSIVE;
+  const Descriptor copy(Checked(::open_tree(AT_FDCWD, "/", flags), "copy the mounts below", "/"));
+  Checked(::chroot("/"), "chroot to", "/");
+  Checked(::syscall(SYS_clone, CLONE_NEWPID | SIGCHLD, 0, 0, 0, 0), "enter", "a process namespace");
+}
+
+Trial Try() {
   std::array<int, 2> ends{};
   Checked(::pipe2(ends.data(), O_CLOEXEC), "make", "a pipe");
   const Descriptor reading(ends[0]);
@@ -47,64 +80,75 @@ std::string FailureOfTrial() {
   const pid_t child = Checked(::fork(), "fork", "");
   if (child == 0) {
     try {
-      TryNamespaces();
+      const pid_t trying = ::getpid();
+      TryFullWay(writing.Get());
+      if (::getpid() == trying) ::wait(nullptr);
     } catch (const std::exception& error) {
       WriteAll(writing.Get(), error.what(), "");
     }
     ::_exit(0);
   }
   writing.Close();
-  std::string failure = ReadAll(reading.Get(), "a pipe");
+  Trial trial{ReadAll(reading.Get(), "a pipe")};
   ::waitpid(child, nullptr, 0);
-  return failure;
+  trial.has_user_namespace = trial.failure.starts_with(kUserNamespaceMade);
+  if (trial.has_user_namespace) trial.failure.erase(0, 1);
+  return trial;
 }
 
 /// A kernel setting that decides about user namespaces.
 struct Setting {
   const char* name;
   const char* wanted;
-  const char* where;
   /// The values with which it forbids them, as far as it does.
   long forbidding_from;
   long forbidding_to;
+  /// What is so then, for ordinary users.
+  const char* meaning;
 };
 
-constexpr std::array kSettings{
-    Setting{"user.max_user_namespaces", "15000", "any Linux", 0, 99},
-    Setting{"kernel.unprivileged_userns_clone", "1", "Debian", 0, 0},
-    Setting{"kernel.apparmor_restrict_unprivileged_userns", "0", "Ubuntu 23.10 and newer", 1, 1},
+constexpr Setting kTakenAway{"kernel.apparmor_restrict_unprivileged_userns", "0", 1, 1,
+                             "A user namespace is allowed here, but AppArmor takes its capabilities away"};
+constexpr std::array kForbidding{
+    Setting{"user.max_user_namespaces", "15000", 0, 99, "No user namespaces are allowed here"},
+    Setting{"kernel.unprivileged_userns_clone", "1", 0, 0, "Only root may make user namespaces here"},
 };
 
-/// A line each for the settings of this kernel that forbid user namespaces.
-std::string SettingsAdvice() {
-  std::string text;
-  for (const Setting& setting : kSettings) {
-    std::string entry = setting.name;
-    std::ranges::replace(entry, '.', '/');
-    long value = 0;
-    if (!(std::ifstream("/proc/sys/" + entry) >> value)) continue;
-    if (value < setting.forbidding_from || value > setting.forbidding_to) continue;
-    text += std::string("  sysctl -w ") + setting.name + "=" + setting.wanted + "    (" + setting.where +
-            "; it is " + std::to_string(value) + " here)\n";
-  }
-  return text;
+bool IsForbidding(const Setting& setting) {
+  std::string entry = setting.name;
+  std::ranges::replace(entry, '.', '/');
+  long value = 0;
+  if (!(std::ifstream("/proc/sys/" + entry) >> value)) return false;
+  return value >= setting.forbidding_from && value <= setting.forbidding_to;
 }
 
-std::string Explain(const std::string& failure) {
-  const std::string text =
-      "This process may not make a private root and run programs in it (" + failure + ").\n";
-  if (!std::filesystem::exists("/proc/self")) return text + "There is no /proc here: mount it first.\n";
-  const bool is_root = ::geteuid() == 0;
-  const std::string advice = SettingsAdvice();
-  const std::string remedy =
-      is_root ? "It is root, but of a container or sandbox that withholds the capability SYS_ADMIN.\n"
-                "Start that with the capability (docker, podman: --cap-add SYS_ADMIN)"
-              : "Run it as root";
-  if (!advice.empty()) {
-    return text + remedy + (is_root ? ", or, outside of it,\n" : ", or ") +
-           "allow user namespaces to ordinary users:\n" + advice;
+std::string Advice(const Setting& setting) {
+  return std::string(setting.meaning) + ".\nRun this as root (sudo), or allow it, as root: sysctl -w " +
+         setting.name + "=" + setting.wanted;
+}
+
+/// For an ordinary user, by what failed.
+std::string RemedyFor(const Trial& trial) {
+  if (trial.has_user_namespace) {
+    if (IsForbidding(kTakenAway)) return Advice(kTakenAway);
+    return "A user namespace is allowed here, but something takes its capabilities away.\nRun this as root "
+           "(sudo).";
   }
-  return text + remedy + (is_root ? ".\n" : ": in a chroot, container or sandbox others may not.\n");
+  const auto* const setting = std::ranges::find_if(kForbidding, IsForbidding);
+  if (setting != kForbidding.end()) return Advice(*setting);
+  return "Run it as root: in a chroot, container or sandbox others may not.";
+}
+
+/// Three lines at most.
+std::string Explain(const Trial& trial, const std::string& no_plain_way) {
+  const bool is_root = ::geteuid() == 0;
+  const std::string text = "This process may not make a private root and run programs in it (" +
+                           trial.failure + (is_root ? "; " + no_plain_way : "") + ")";
+  if (!std::filesystem::exists("/proc/self")) return text + ": there is no /proc here, mount it first.";
+  if (!is_root) return text + ".\n" + RemedyFor(trial);
+  return text +
+         ": this container or sandbox withholds even the capability SYS_CHROOT, start it with that (docker, "
+         "podman: --cap-add SYS_CHROOT).";
 }
 
 /// In a plain chroot the root folder is no mount point: nothing says that mounts below it are not to spread,
@@ -128,15 +172,22 @@ void MakeRootAMountPoint() {
 }  // namespace
 
 void EnterNamespaces() {
-  if (MayMount()) return;
-  if (const auto reason = WhyNotPossible()) throw std::runtime_error(*reason);
-  EnterUserNamespace();
+  if (IsPlainWay()) return;
+  const Trial trial = Try();
+  if (trial.failure.empty()) {
+    if (!MayMount()) EnterUserNamespace();
+    return;
+  }
+  if (const auto no_plain_way = WhyNoPlainWay()) throw std::runtime_error(Explain(trial, *no_plain_way));
+  TakePlainWay(trial.failure);
 }
 
 std::optional<std::string> WhyNotPossible() {
-  const std::string failure = FailureOfTrial();
-  if (failure.empty()) return std::nullopt;
-  return Explain(failure);
+  const Trial trial = Try();
+  if (trial.failure.empty()) return std::nullopt;
+  const auto no_plain_way = WhyNoPlainWay();
+  if (!no_plain_way) return std::nullopt;
+  return Explain(trial, *no_plain_way);
 }
 
 bool MayMount() {
@@ -151,9 +202,7 @@ void EnterUserNamespace() {
   const std::string user = std::to_string(::geteuid());
   const std::string group = std::to_string(::getegid());
   Checked(::unshare(CLONE_NEWUSER), "enter", "a user namespace");
-  WriteKernelFile("/proc/self/setgroups", "deny");
-  WriteKernelFile("/proc/self/uid_map", "0 " + user + " 1");
-  WriteKernelFile("/proc/self/gid_map", "0 " + group + " 1");
+  MapThisUser(user, group);
 }
 
 void EnterMountNamespace() {
@@ -164,9 +213,12 @@ void EnterMountNamespace() {
 }
 
 void KeepTemporaryFilesToThisProcess() {
+  if (IsPlainWay()) {
+    GuardTemporaryFiles(Guarded::Roots);
+    return;
+  }
   EnterMountNamespace();
-  Checked(::mount("devicelab", kOwnTemporaryFolder, "tmpfs", MS_NOSUID | MS_NODEV, "mode=0700"),
-          "make a file system in memory at", kOwnTemporaryFolder);
+  MountOwnTemporaryFolder();
   Checked(::setenv("TMPDIR", kOwnTemporaryFolder, 1), "set", "TMPDIR");
 }
 

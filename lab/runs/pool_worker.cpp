@@ -102,9 +102,7 @@ PoolWorker::PoolWorker(const std::function<std::string(const std::string&)>& ans
 }
 
 PoolWorker::~PoolWorker() {
-  ::kill(pid_, SIGKILL);
-  while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  EndSealed(pid_);
 }
 
 void PoolWorker::Send(const std::string& message) {

@@ -10,6 +10,7 @@
 
 #include "lab/runs/collected_documents.h"
 #include "lab/text/key_value.h"
+#include "tests/support/full_way.h"
 #include "tests/support/log_lines.h"
 
 namespace end_to_end {
@@ -48,7 +49,8 @@ lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::strin
                           const lab::RunOptions& options) {
   lab::RunOptions on_machine = options;
   on_machine.machine = MachineUnderTest();
-  lab::RunResult run = lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine);
+  lab::RunResult run = testing_support::RunOrSkip(
+      [&] { return lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine); });
   lab::CollectDocuments(run.before, run.after);
   return run;
 }

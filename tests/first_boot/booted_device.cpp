@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+
+#include "tests/support/full_way.h"
 
 namespace first_boot {
 namespace {
@@ -12,6 +15,8 @@ namespace {
 constexpr const char* kScript = "/tmp/kelp-first-boot";
 constexpr const char* kSettings = "/tmp/settings";
 constexpr const char* kBusybox = "/usr/bin/busybox";
+/// What the script starts.
+constexpr std::array kTools{"mkdir", "mv", "rm", "sh", "sleep"};
 
 std::string BytesOf(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -57,15 +62,17 @@ lab::RunResult Boot(lab::PrivateRoot& device, Shell shell, const std::string& se
   lab::RunOptions in_shell = options;
   if (shell == Shell::Dash) {
     in_shell.wrapper.insert(in_shell.wrapper.end(), {"/usr/bin/dash", kScript, kSettings});
+    for (const char* tool : kTools) in_shell.host_programs.push_back(std::string("/usr/bin/") + tool);
   } else {
-    for (const char* tool : {"mkdir", "mv", "rm", "sh", "sleep"}) {
+    in_shell.host_programs = {kBusybox};
+    for (const char* tool : kTools) {
       device.ProvideLink(std::string("/tmp/bin/") + tool, kBusybox);
     }
     in_shell.environment = {"PATH=/tmp/bin"};
     in_shell.wrapper.insert(in_shell.wrapper.end(), {kBusybox, "sh", kScript, kSettings});
   }
   // What the wrapper is given behind its settings, the program's path, it does not look at.
-  return lab::RunProgram(device, KELP_PROGRAM, {}, in_shell);
+  return testing_support::RunOrSkip([&] { return lab::RunProgram(device, KELP_PROGRAM, {}, in_shell); });
 }
 
 lab::RunResult Migrate(lab::PrivateRoot& device, const std::string& build) {

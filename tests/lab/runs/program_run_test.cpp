@@ -14,6 +14,7 @@
 
 #include "lab/runs/namespaces.h"
 #include "tests/support/child_process.h"
+#include "tests/support/full_way.h"
 #include "tests/support/hang_guard.h"
 #include "tests/support/temporary_folder.h"
 
@@ -30,7 +31,7 @@ using ::testing::Not;
 RunResult RunTest(PrivateRoot& root, const std::vector<std::string>& arguments,
                   const RunOptions& options = {}) {
   const testing_support::HangGuard guard("RunProgram of " + arguments.at(0));
-  return RunProgram(root, TEST_PROGRAM, arguments, options);
+  return testing_support::RunOrSkip([&] { return RunProgram(root, TEST_PROGRAM, arguments, options); });
 }
 
 RunResult RunTest(const std::vector<std::string>& arguments, const RunOptions& options = {}) {
