@@ -22,8 +22,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Behind the name of what is put aside.
-constexpr std::string_view kAside = ".put-aside";
+/// Where what a device has in place of a copy is put meanwhile, beside the copies.
+std::string AsideOf(std::size_t number) {
+  return std::to_string(number) + ".aside";
+}
 
 std::string NameOf(std::string_view path) {
   return std::string(path.substr(path.rfind('/') + 1));
@@ -127,10 +129,11 @@ void Lent::Put(std::size_t number) {
   const std::string& path = copy.file.device_path;
   MakeFoldersOf(path);
   const Descriptor folder = OpenFolderOf(root_, path);
+  const Descriptor store = files_.store_.Open("/", O_PATH | O_DIRECTORY);
   const std::string name = NameOf(path);
-  Rename(folder, name, folder, name + std::string(kAside), path);
+  Rename(folder, name, store, AsideOf(number), path);
   put_.push_back(number);
-  Rename(files_.store_.Open("/", O_PATH | O_DIRECTORY), stored, folder, name, path);
+  Rename(store, stored, folder, name, path);
 }
 
 void Lent::MakeFoldersOf(const std::string& device_path) {
@@ -151,7 +154,7 @@ void Lent::TakeBack() noexcept {
       const Descriptor store = files_.store_.Open("/", O_PATH | O_DIRECTORY);
       const std::string name = NameOf(path);
       Rename(folder, name, store, std::to_string(number), path);
-      Rename(folder, name + std::string(kAside), folder, name, path);
+      Rename(store, AsideOf(number), folder, name, path);
     } catch (const std::exception&) {
       // The program removed the folder, and what was in it.
     }

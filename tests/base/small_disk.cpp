@@ -7,10 +7,12 @@
 #include <utility>
 
 #include "lab/runs/namespaces.h"
+#include "tests/support/full_way.h"
 
 namespace testing_support {
 
 OwnMounts::OwnMounts() {
+  RequireFullWay();
   static const bool entered = (lab::EnterMountNamespace(), true);
   static_cast<void>(entered);
 }
