@@ -26,6 +26,9 @@ namespace fs = std::filesystem;
 /// More generations than a program starts while it is being stopped.
 constexpr int kRounds = 1000;
 
+/// Milliseconds that a killed process may take to end: it may be busy in the kernel.
+constexpr int kLongestEnd = 10'000;
+
 /// Calls `visit` with the number of each process that /proc has.
 template <typename Visit>
 void ForEachProcess(Visit visit) {
@@ -80,6 +83,7 @@ void KillDescendants(pid_t ancestor) {
     }
   }
   for (const pid_t process : stopped) ::kill(process, SIGKILL);
+  for (int wait = 0; wait < kLongestEnd && !Descendants(ancestor).empty(); ++wait) ::usleep(1000);
 }
 
 [[noreturn]] void EndAs(int status) {

@@ -14,7 +14,8 @@ void AdoptDescendants();
 /// `child` as waitpid(2) does.
 int KillOwnDescendants(pid_t child);
 
-/// Kills `process`, a child of this one that adopts, and all of its descendants; does not wait for their end.
+/// Kills `process`, a child of this one that adopts, and all of its descendants, whose end it waits for. The
+/// end of `process` is the caller's to wait for.
 void KillTree(pid_t process);
 
 /// Called in a process just made with fork(2) by `starter`. Goes on in a child of it, and gives the number of

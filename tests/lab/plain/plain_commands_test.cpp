@@ -209,7 +209,8 @@ TEST_F(PlainProcess, LeavesNothingBehindWhateverEndsIt) {
     ::waitpid(lab_, nullptr, 0);
     Await("the guard", [&] { return !fs::exists(folder); });
     for (const pid_t program : programs) {
-      EXPECT_EQ(LinkOf("/proc/" + std::to_string(program) + "/root"), "") << "runs after " << signal;
+      Await("the program's end",
+            [&] { return LinkOf("/proc/" + std::to_string(program) + "/root").empty(); });
     }
   }
 }
