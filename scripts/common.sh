@@ -63,14 +63,18 @@ remedy() {
   done
 }
 
-# Private roots take namespaces; root does with less, unless the command says "mounts". Asked before anything is set up or
-# built for nothing.
+# For commands that do not go without mounts.
+require_mounts() {
+  [ "$(id -u)" -ne 0 ] || may_mount ||
+    fail "root of this container or sandbox may mount nothing, which this command takes: it lacks the capability SYS_ADMIN" \
+      "(docker, podman: --cap-add SYS_ADMIN)"
+  require_private_roots
+}
+
+# Private roots take namespaces; root does with less. Asked before anything is set up or built for nothing.
 require_private_roots() {
   if [ "$(id -u)" -eq 0 ]; then
     may_mount && return
-    [ "${1:-}" != mounts ] ||
-      fail "root of this container or sandbox may mount nothing, which this command takes: it lacks the capability SYS_ADMIN" \
-        "(docker, podman: --cap-add SYS_ADMIN)"
     chroot / true 2>/dev/null ||
       fail "root of this container or sandbox may make no private roots: it lacks even the capability SYS_CHROOT" \
         "(docker, podman: --cap-add SYS_CHROOT)"
