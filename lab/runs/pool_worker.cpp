@@ -1,7 +1,6 @@
 #include "lab/runs/pool_worker.h"
 
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>

@@ -439,8 +439,8 @@ TEST_F(Fleets, AreDrawnAsPages) {
   EXPECT_THAT(summary.output, HasSubstr("devicelab: the household of devices/device-0000"));
   EXPECT_THAT(summary.output, HasSubstr(" is no JSON, and is not in the page\n"));
   ExpectPage(folder_ / "damaged.html", "devices/device-000020");
-  EXPECT_EQ(Lab("compare devices/device-000001 --from 8000 --old " KELP_PROGRAM " --trust-program --new " TEST_PROGRAM
-                " --html compare.html")
+  EXPECT_EQ(Lab("compare devices/device-000001 --from 8000 --old " KELP_PROGRAM
+                " --trust-program --new " TEST_PROGRAM " --html compare.html")
                 .status,
             1);
   ExpectPage(folder_ / "compare.html", "devices/device-000001");
