@@ -10,7 +10,9 @@
 #include <system_error>
 
 #include "fuzz/support/check.h"
-#include "lab/images/namespaces.h"
+#include "lab/plain/guarded_files.h"
+#include "lab/plain/plain_way.h"
+#include "lab/runs/namespaces.h"
 
 // Part of a sanitizer's run-time library, where there is one.
 extern "C" [[gnu::weak]] void __sanitizer_symbolize_pc(void* place, const char* format, char* text,
@@ -38,16 +40,24 @@ void StartSymbolizer() {
 PrivateDevice::PrivateDevice() : root_(-1), host_root_(OpenFolder("/")), working_folder_(OpenFolder(".")) {
   StartSymbolizer();
   lab::EnterNamespaces();
-  lab::EnterMountNamespace();
+  if (lab::IsPlainWay()) {
+    lab::GuardTemporaryFiles(lab::Guarded::Files);
+  } else {
+    lab::EnterMountNamespace();
+  }
 
   std::string folder = std::filesystem::temp_directory_path() / "fuzz-device-XXXXXX";
   FUZZ_CHECK(::mkdtemp(folder.data()) != nullptr);
+  ::umask(0);
+  if (lab::IsPlainWay()) {
+    root_ = OpenFolder(folder.c_str());
+    return;
+  }
   FUZZ_CHECK(::mount("none", folder.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, "mode=0755,size=256m") == 0);
   root_ = OpenFolder(folder.c_str());
   // From here on only the descriptor holds it: nothing is left behind however the process ends.
   FUZZ_CHECK(::umount2(folder.c_str(), MNT_DETACH) == 0);
   FUZZ_CHECK(::rmdir(folder.c_str()) == 0);
-  ::umask(0);
 }
 
 PrivateDevice::~PrivateDevice() {

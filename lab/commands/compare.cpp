@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "lab/commands/arguments.h"
@@ -11,6 +12,8 @@
 #include "lab/commands/fleet_arguments.h"
 #include "lab/page/page.h"
 #include "lab/page/page_file.h"
+#include "lab/plain/plain_way.h"
+#include "lab/text/json.h"
 #include "lab/text/utf8.h"
 
 namespace lab::commands {
@@ -20,6 +23,7 @@ struct Request {
   FleetArguments fleet;
   std::filesystem::path old_program;
   std::filesystem::path new_program;
+  bool are_trusted = false;
   std::filesystem::path html;
   bool as_json = false;
 };
@@ -39,7 +43,7 @@ int Run(const Request& request) {
   const std::filesystem::path old_program = ProgramToRun(request.old_program);
   const std::filesystem::path new_program = ProgramToRun(request.new_program);
   if (!request.html.empty()) page::RequirePageFile(request.html);
-  BecomeRunner();
+  BecomeRunner({old_program, new_program}, request.are_trusted);
   page::Page page(page::Kind::Comparison);
   std::size_t devices = 0;
   std::size_t different = 0;
@@ -52,7 +56,9 @@ int Run(const Request& request) {
     ++different;
     if (!request.html.empty()) page.Add(fleets::ComparedLine(device));
     if (request.as_json) {
-      std::cout << fleets::ComparedLine(device) << '\n';
+      std::string line = fleets::ComparedLine(device);
+      if (IsPlainWay()) line.insert(line.size() - 1, ",\"notKeptApart\":" + JsonLine(NotKeptApart()));
+      std::cout << line << '\n';
     } else {
       Print(device);
     }
@@ -78,6 +84,7 @@ void AddCompare(CLI::App& app, Actions& actions) {
   AddFleetArguments(*compare, request->fleet);
   compare->add_option("--old", request->old_program, "The program as it was")->required();
   compare->add_option("--new", request->new_program, "The program as it is to be")->required();
+  AddTrustArgument(*compare, request->are_trusted);
   compare->add_option("--html", request->html, "Write the differences as a page for a browser");
   compare->add_flag("--json", request->as_json, "Print a JSON object on a line for each device that differs");
   actions[compare] = [request] { return StatusOf([&] { return Run(*request); }); };

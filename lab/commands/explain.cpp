@@ -24,7 +24,7 @@ struct Request {
   ImageArguments limits;
   std::string build;
   std::string member;
-  std::filesystem::path program;
+  ProgramArguments program;
 };
 
 /// What an update does not come to has no effect on it, and that is to be known.
@@ -37,8 +37,8 @@ void TellHowItEnds(const RunResult& run) {
 
 int Explain(const Request& request) {
   RequireImage(request.image);
-  const std::filesystem::path program = ProgramToRun(request.program);
-  BecomeRunner();
+  const std::filesystem::path program = ProgramToRun(request.program.program);
+  BecomeRunner({program}, request.program.is_trusted);
   const Tree device = ReadImage(request.image, ToImageLimits(request.limits));
   const RunResult usual = RunOn(device, program, request.build);
   TellHowItEnds(usual);
@@ -62,7 +62,7 @@ void AddExplain(CLI::App& app, Actions& actions) {
   explain->add_option("--from", request->build, "The build number that the device had before")->required();
   explain->add_option("MEMBER", request->member, "Only what moves members with this in their path");
   AddImageArguments(*explain, request->limits);
-  explain->add_option("--program", request->program, "The program, if not the one beside devicelab");
+  AddProgramArguments(*explain, request->program);
   actions[explain] = [request] { return Explain(*request); };
 }
 

@@ -22,6 +22,7 @@ namespace {
 
 struct Request {
   FleetArguments fleet;
+  ProgramArguments program;
   std::filesystem::path output;
   std::filesystem::path html;
   bool with_household = false;
@@ -36,9 +37,9 @@ int Run(const Request& request) {
     options.fail_on = std::set(request.fail_on.begin(), request.fail_on.end());
   }
   fleets::RequireKnown(options.fail_on);
-  options.rehearsal.program = ProgramToRun(request.fleet.program);
+  options.rehearsal.program = ProgramToRun(request.program.program);
   if (!request.html.empty()) page::RequirePageFile(request.html);
-  BecomeRunner();
+  BecomeRunner({options.rehearsal.program}, request.program.is_trusted);
   bool is_whole = fleets::RehearseFleet(options, std::cerr, ::isatty(STDERR_FILENO) == 1);
 
   fleets::Summary summary;
@@ -81,7 +82,7 @@ void AddFleet(CLI::App& app, Actions& actions) {
   fleet->add_option(
       "--html", request->html,
       "Write the fleet as a page for a browser, with each household before and after (--details)");
-  fleet->add_option("--program", request->fleet.program, "The program, if not the one beside devicelab");
+  AddProgramArguments(*fleet, request->program);
   actions[fleet] = [request] { return StatusOf([&] { return Run(*request); }); };
 }
 

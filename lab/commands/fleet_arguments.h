@@ -15,7 +15,6 @@ namespace lab::commands {
 struct FleetArguments {
   std::vector<std::string> images;
   std::string from;
-  std::filesystem::path program;
   std::vector<std::filesystem::path> overlays;
   unsigned jobs = 1;
   double limit_seconds = 10;

@@ -10,6 +10,7 @@
 #include "lab/images/private_root.h"
 #include "lab/page/page.h"
 #include "lab/page/page_file.h"
+#include "lab/plain/plain_way.h"
 #include "lab/reports/discretion.h"
 #include "lab/reports/household_json.h"
 #include "lab/reports/household_report.h"
@@ -31,7 +32,7 @@ struct Request {
   fs::path image;
   ImageArguments limits;
   std::string build;
-  fs::path program;
+  ProgramArguments program;
   fs::path keep;
   fs::path html;
   bool documents = false;
@@ -64,7 +65,9 @@ void Print(const Request& request, const fs::path& program, const RunResult& res
     page::WritePageFile(request.html, page.Html());
   }
   if (request.json) {
-    std::cout << IndentedJson(ParseJson(ToJson(report)).value());
+    Json::Value json = ParseJson(ToJson(report)).value();
+    if (IsPlainWay()) json["notKeptApart"] = NotKeptApart();
+    std::cout << IndentedJson(json);
     return;
   }
   PrintHousehold(std::cout, report, MayColour());
@@ -76,9 +79,9 @@ void Print(const Request& request, const fs::path& program, const RunResult& res
 
 int Run(const Request& request) {
   RequireImage(request.image);
-  const fs::path program = ProgramToRun(request.program);
+  const fs::path program = ProgramToRun(request.program.program);
   if (!request.html.empty()) page::RequirePageFile(request.html);
-  BecomeRunner();
+  BecomeRunner({program}, request.program.is_trusted);
   const RunResult result = RunOnCopy(request, program);
   if (!request.keep.empty()) {
     std::cerr << "devicelab: the device is kept in " << request.keep.native()
@@ -98,7 +101,7 @@ void AddRun(CLI::App& app, Actions& actions) {
   run->add_option("IMAGE", request->image, kImageHelp)->required();
   run->add_option("--from", request->build, "The build number that the device had before")->required();
   AddImageArguments(*run, request->limits);
-  run->add_option("--program", request->program, "The program, if not the one beside devicelab");
+  AddProgramArguments(*run, request->program);
   CLI::Option* const json = run->add_flag("--json", request->json, "Print one JSON object instead");
   run->add_flag("--documents", request->documents,
                 "Print the documents, the files and the log as they are as well")

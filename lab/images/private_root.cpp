@@ -17,8 +17,7 @@ namespace lab {
 namespace {
 
 std::filesystem::path MakeTemporaryFolder() {
-  const char* configured = std::getenv("TMPDIR");
-  const std::filesystem::path parent = configured != nullptr && *configured != '\0' ? configured : "/tmp";
+  const std::filesystem::path parent = TemporaryFiles();
   std::string path = std::filesystem::absolute(parent / "devicelab.XXXXXX").native();
   if (::mkdtemp(path.data()) == nullptr) ThrowErrno("make a temporary folder in", parent.native());
   return path;
@@ -84,6 +83,11 @@ Place PlaceWithParents(int root, const std::string& device_path) {
 }
 
 }  // namespace
+
+std::filesystem::path TemporaryFiles() {
+  const char* const configured = std::getenv("TMPDIR");
+  return configured != nullptr && *configured != '\0' ? configured : "/tmp";
+}
 
 PrivateRoot::PrivateRoot(Bare /*unused*/)
     : path_(MakeTemporaryFolder()),

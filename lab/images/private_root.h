@@ -11,8 +11,11 @@
 
 namespace lab {
 
+/// The folder for temporary files: $TMPDIR, or /tmp where that is unset.
+std::filesystem::path TemporaryFiles();
+
 /// A temporary folder laid out like a device, to be the root folder of the program under test. It lies below
-/// $TMPDIR, or /tmp where that is unset, and goes away with the object. A signal that ends the process leaves
+/// TemporaryFiles(), and goes away with the object. A signal that ends the process leaves
 /// it behind, unless KeepTemporaryFilesToThisProcess() was called before.
 ///
 /// Paths are the device's own, absolute. Links on the way are followed as on the device: an absolute target

@@ -1,7 +1,6 @@
 #include "lab/runs/pool_worker.h"
 
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -102,9 +101,7 @@ PoolWorker::PoolWorker(const std::function<std::string(const std::string&)>& ans
 }
 
 PoolWorker::~PoolWorker() {
-  ::kill(pid_, SIGKILL);
-  while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  EndSealed(pid_);
 }
 
 void PoolWorker::Send(const std::string& message) {

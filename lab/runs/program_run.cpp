@@ -12,12 +12,22 @@
 
 #include "lab/images/descriptor.h"
 #include "lab/images/file_copy.h"
+#include "lab/plain/lent_files.h"
+#include "lab/plain/plain_way.h"
+#include "lab/plain/process_tree.h"
 #include "lab/runs/program_mounts.h"
 #include "lab/runs/program_output.h"
 #include "lab/runs/program_start.h"
 
 namespace lab {
 namespace {
+
+/// Whether a child has ended; it stays what can be waited for.
+bool HasEnded(pid_t child) {
+  siginfo_t end{};
+  return ::waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT | WNOHANG) == 0 &&
+         end.si_pid == child;
+}
 
 /// A child process and its process group. Both end with the object, if not before.
 class Child {
@@ -34,6 +44,7 @@ class Child {
   /// Kills what is left of the group, and gives the child's status as waitpid(2) does.
   int End() {
     const pid_t pid = std::exchange(pid_, -1);
+    if (IsPlainWay() && !HasEnded(pid)) KillTree(pid);
     ::kill(-pid, SIGKILL);
     ::kill(pid, SIGKILL);
     int status = 0;
@@ -65,11 +76,33 @@ std::vector<std::string> FullCommand(const std::vector<std::string>& wrapper, co
   return command;
 }
 
+/// What the plain way cannot do.
+void RequireNoMounts(const RunOptions& options) {
+  if (options.with_proc) throw NeedsMounts("a /proc for the program");
+  if (!options.tmpfs.empty()) throw NeedsMounts("a file system of the device's own");
+  if (options.machine) throw NeedsMounts("a program of another machine");
+}
+
+/// What the plain way copies into the root. Of the host's programs a wrapper finds those that the options
+/// name.
+std::vector<LentFile> FilesToLend(const std::filesystem::path& program, const std::string& program_in_root,
+                                  const std::vector<std::string>& command, const RunOptions& options) {
+  std::vector<LentFile> files = FilesOfProgram(std::filesystem::absolute(program), program_in_root);
+  const auto add = [&](const std::string& host_program) {
+    for (LentFile& file : FilesOfProgram(host_program, host_program)) files.push_back(std::move(file));
+  };
+  // A wrapper may also be a file of the device's.
+  if (!options.wrapper.empty() && std::filesystem::exists(command.front())) add(command.front());
+  for (const std::string& host_program : options.host_programs) add(host_program);
+  return files;
+}
+
 }  // namespace
 
 RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
                      const std::vector<std::string>& arguments, const RunOptions& options) {
   Checked(::access(program.c_str(), X_OK), "run", program.native());
+  if (IsPlainWay()) RequireNoMounts(options);
   const std::string program_in_root = "/usr/sbin/" + program.filename().native();
   std::vector<std::string> wrapper = options.wrapper;
   if (options.with_proc) root.ProvideDirectory("/proc");
@@ -87,6 +120,12 @@ RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
   RunResult result;
   result.before = root.Snapshot();
   {
+    std::optional<LentFiles> files;
+    std::optional<Lent> lent;
+    if (IsPlainWay()) {
+      files.emplace(FilesToLend(program, program_in_root, command, options));
+      lent.emplace(*files, root);
+    }
     std::optional<LogCollector> log;
     if (options.collect_log) log.emplace(root);
     if (log && options.stuck_log) log->Fill();

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,6 +64,8 @@ struct RunOptions {
   /// host's programs at hand, and writes its files there. A name without a slash is that of a program in
   /// /usr/bin.
   std::vector<std::string> wrapper{};
+  /// The host's programs that a wrapper starts, by their paths: the plain way copies just those.
+  std::vector<std::string> host_programs{};
   /// Set for a program that the host cannot run itself; goes without a wrapper.
   std::optional<ForeignMachine> machine{};
   /// "NAME=value" each.
@@ -99,13 +102,22 @@ struct RunResult {
   Tree after;
 };
 
+/// A run that the plain way cannot give what it asks for.
+class NeedsMounts : public std::runtime_error {
+ public:
+  explicit NeedsMounts(const std::string& what)
+      : std::runtime_error(what + " takes mounts, which this container does not let a process make") {}
+};
+
 /// Runs `program` (a file of the host) as /usr/sbin/<its name> with the private root as its root folder, and
 /// waits for its end. Standard input is empty. The host's library folders are there to be read, in a mount
 /// namespace of the run's own, so that the private root itself never has anything mounted in it. Whatever the
-/// program leaves running in its process group is killed.
+/// program leaves running in its process group is killed. In the plain way the program and its libraries are
+/// copied into the root for as long as it runs, and all that it leaves running is killed.
 ///
 /// Works as root, after EnterNamespaces(), and in a process with one or more threads; not from inside a root.
-/// Throws std::runtime_error when the program cannot be started at all, with the reason.
+/// Throws std::runtime_error when the program cannot be started at all, with the reason, NeedsMounts before
+/// that.
 RunResult RunProgram(PrivateRoot& root, const std::filesystem::path& program,
                      const std::vector<std::string>& arguments, const RunOptions& options = {});
 

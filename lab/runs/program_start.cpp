@@ -15,10 +15,16 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "lab/images/namespaces.h"
+#include "lab/plain/plain_way.h"
+#include "lab/plain/process_tree.h"
+#include "lab/runs/namespaces.h"
 
 namespace lab {
 namespace {
+
+/// A copy of the program that was just written may for a moment be open for that in a process that another
+/// thread made meanwhile.
+constexpr int kExecAttempts = 10'000;
 
 /// The report of one message: a text, with a descriptor or without.
 union DescriptorControl {
@@ -43,9 +49,8 @@ void ReportDescriptor(int report, const std::string& path, const Descriptor& des
   Checked(::sendmsg(report, &message, MSG_NOSIGNAL), "report", path);
 }
 
-void EnterRoot(const ProgramStart& start) {
-  const std::string& path = start.root.Path().native();
-  Checked(::fchdir(start.root.Directory()), "enter", path);
+/// Mounts what the program needs in a root that becomes the current folder.
+void FitOut(const ProgramStart& start, const std::string& path) {
   if (!MayMount()) EnterUserNamespace();
   EnterMountNamespace();  // takes the current folder along, but no descriptor
   const Descriptor root(Checked(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC), "open", path));
@@ -55,6 +60,12 @@ void EnterRoot(const ProgramStart& start) {
     ReportDescriptor(start.report, device_path, MountTmpfs(root.Get(), device_path, size));
   }
   if (start.options.with_proc) MountProc(root.Get());
+}
+
+void EnterRoot(const ProgramStart& start) {
+  const std::string& path = start.root.Path().native();
+  Checked(::fchdir(start.root.Directory()), "enter", path);
+  if (!IsPlainWay()) FitOut(start, path);
   Checked(::chroot("."), "chroot to", path);
   Checked(::chdir(start.options.cwd.c_str()), "enter", start.options.cwd);
 }
@@ -101,10 +112,11 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 }
 
 [[noreturn]] void Start(const ProgramStart& start) {
+  const pid_t parent = IsPlainWay() ? GoOnBelowAdopter(start.starter) : start.starter;
   Checked(::setpgid(0, 0), "make", "a process group");
   EnterRoot(start);
   Checked(::prctl(PR_SET_PDEATHSIG, SIGKILL), "tie", "the program to the one that runs it");
-  if (::getppid() != start.starter) ::_exit(127);  // which ended before the program was tied to it
+  if (::getppid() != parent) ::_exit(127);  // which ended before the program was tied to it
 
   std::vector<std::string> command = start.command;
   std::vector<std::string> environment = start.options.environment;
@@ -120,7 +132,11 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     const rlimit limit{value, value};
     Checked(::setrlimit(static_cast<__rlimit_resource>(resource), &limit), "set", "a resource limit");
   }
-  ::execve(arguments.front(), arguments.data(), variables.data());
+  for (int attempt = 0; attempt < kExecAttempts; ++attempt) {
+    ::execve(arguments.front(), arguments.data(), variables.data());
+    if (errno != ETXTBSY) break;
+    ::usleep(1000);
+  }
   ThrowErrno("run", command.front());
 }
 

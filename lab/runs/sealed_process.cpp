@@ -15,14 +15,20 @@
 #include <stdexcept>
 
 #include "lab/images/descriptor.h"
-#include "lab/images/namespaces.h"
+#include "lab/plain/plain_way.h"
+#include "lab/plain/process_tree.h"
+#include "lab/runs/namespaces.h"
 
 namespace lab {
 namespace {
 
 void Seal() {
   Checked(::prctl(PR_SET_PDEATHSIG, SIGKILL), "tie", "a process to this one");
-  EnterMountNamespace();
+  if (IsPlainWay()) {
+    AdoptDescendants();
+  } else {
+    EnterMountNamespace();
+  }
   ::umask(022);
   const rlimit no_dump{0, 0};
   Checked(::setrlimit(RLIMIT_CORE, &no_dump), "set", "a resource limit");
@@ -33,8 +39,8 @@ void Seal() {
 pid_t ForkSealed() {
   // fork(2) cannot make a process namespace; nothing here needs what the C library does around it.
   std::fflush(nullptr);
-  const auto pid =
-      static_cast<pid_t>(Checked(::syscall(SYS_clone, CLONE_NEWPID | SIGCHLD, 0, 0, 0, 0), "fork", ""));
+  const unsigned flags = IsPlainWay() ? SIGCHLD : CLONE_NEWPID | SIGCHLD;
+  const auto pid = static_cast<pid_t>(Checked(::syscall(SYS_clone, flags, 0, 0, 0, 0), "fork", ""));
   if (pid != 0) return pid;
   try {
     Seal();
@@ -45,7 +51,15 @@ pid_t ForkSealed() {
   return 0;
 }
 
+void EndSealed(pid_t process) {
+  if (IsPlainWay()) KillTree(process);
+  ::kill(process, SIGKILL);
+  while (::waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
 int KillAll(pid_t child) {
+  if (IsPlainWay()) return KillOwnDescendants(child);
   if (::getpid() != 1) throw std::logic_error("KillAll() outside of a sealed process");
   // Reaches every process of the namespace but this one, and at once: none has the time to start another.
   ::kill(-1, SIGKILL);

@@ -13,6 +13,8 @@
 #include <system_error>
 
 #include "lab/images/file_copy.h"
+#include "lab/plain/lent_files.h"
+#include "lab/plain/plain_way.h"
 #include "lab/runs/log_collector.h"
 #include "lab/runs/program_mounts.h"
 #include "lab/runs/program_output.h"
@@ -138,14 +140,22 @@ Workbench::Workbench(const std::filesystem::path& program, std::uintmax_t size, 
       program_in_root_("/usr/sbin/" + program.filename().native()),
       outer_root_(Checked(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC), "open", "/")),
       empty_(AboveStandardStreams(
-          Descriptor(Checked(::open("/dev/null", O_RDONLY | O_CLOEXEC), "open", "/dev/null")))),
-      root_(MountTmpfsOver(kPlace, size)) {
-  device_.emplace(WithoutMounts(root_));
+          Descriptor(Checked(::open("/dev/null", O_RDONLY | O_CLOEXEC), "open", "/dev/null")))) {
+  if (IsPlainWay()) {
+    if (kSanitizedBuild) throw NeedsMounts("a /proc for the program");
+    copies_.emplace(FilesOfProgram(program_, program_in_root_));
+    device_.emplace(PrivateRoot::Bare{});
+    root_ = device_->Open("/", O_PATH | O_DIRECTORY);
+  } else {
+    root_ = MountTmpfsOver(kPlace, size);
+    device_.emplace(WithoutMounts(root_));
+  }
   if (fittings == Fittings::First) Fit();
 }
 
 Workbench::~Workbench() {
   device_.reset();
+  if (IsPlainWay()) return;
   try {
     Unmount(kPlace);
   } catch (const std::exception&) {
@@ -159,6 +169,8 @@ RunResult Workbench::Run(const std::vector<std::string>& arguments, std::chrono:
   result.before = device_->Snapshot();
   if (kSanitizedBuild) MountProc(root_.Get());
   {
+    std::optional<Lent> lent;
+    if (IsPlainWay()) lent.emplace(*copies_, *device_);
     LogCollector log(*device_);
     ProgramOutput out(Console::Collected);
     ProgramOutput err(Console::Collected);
@@ -199,7 +211,9 @@ void Workbench::Fit() {
   device_->ProvideUsualDirectories();
   if (kSanitizedBuild) device_->ProvideDirectory("/proc");
   const std::vector<HostMount> mounts = PrepareHostMounts(*device_, program_, program_in_root_, "/", false);
-  for (const HostMount& mount : mounts) MountFromHost(root_.Get(), mount);
+  if (!IsPlainWay()) {
+    for (const HostMount& mount : mounts) MountFromHost(root_.Get(), mount);
+  }
   fittings_ = device_->Provided();
   is_fitted_ = true;
 }

@@ -9,13 +9,15 @@
 
 #include "lab/images/descriptor.h"
 #include "lab/images/private_root.h"
+#include "lab/plain/lent_files.h"
 #include "lab/runs/program_run.h"
 
 namespace lab {
 
 /// A private root in which one device after another is laid out and run at little cost: a file system in
 /// memory, with the host's libraries and the program mounted once. For a process made by ForkSealed(), whose
-/// end takes all of it away, whatever comes; one at a time.
+/// end takes all of it away, whatever comes; one at a time. In the plain way it is a folder, into which the
+/// program and its libraries are copied for each run, and `size` bounds nothing.
 class Workbench {
  public:
   enum class Fittings {
@@ -33,7 +35,7 @@ class Workbench {
   Workbench& operator=(const Workbench&) = delete;
   ~Workbench();
 
-  /// To lay a device out in. Has no path.
+  /// To lay a device out in. Has no path but in the plain way.
   PrivateRoot& Device() { return *device_; }
 
   /// Runs the program as RunProgram does. Whatever it started is killed when it has ended or was ended.
@@ -52,6 +54,7 @@ class Workbench {
   Descriptor outer_root_;
   Descriptor empty_;
   Descriptor root_;
+  std::optional<LentFiles> copies_;  // in the plain way
   std::optional<PrivateRoot> device_;
   bool is_fitted_ = false;
   Tree fittings_;

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 #include "lab/sweeps/earlier_run.h"
 #include "lab/sweeps/fault_trials.h"
 #include "lab/sweeps/limit_trials.h"

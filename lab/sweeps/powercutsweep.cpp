@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 #include "lab/runs/pool.h"
 #include "lab/sweeps/choices.h"
 #include "lab/sweeps/earlier_run.h"

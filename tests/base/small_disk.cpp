@@ -6,11 +6,13 @@
 #include <system_error>
 #include <utility>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
+#include "tests/support/full_way.h"
 
 namespace testing_support {
 
 OwnMounts::OwnMounts() {
+  RequireFullWay();
   static const bool entered = (lab::EnterMountNamespace(), true);
   static_cast<void>(entered);
 }

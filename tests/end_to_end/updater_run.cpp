@@ -10,6 +10,7 @@
 
 #include "lab/runs/collected_documents.h"
 #include "lab/text/key_value.h"
+#include "tests/support/full_way.h"
 #include "tests/support/log_lines.h"
 
 namespace end_to_end {
@@ -84,7 +85,8 @@ lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::strin
   on_machine.machine = MachineUnderTest();
   const Counters counters(device);
   if (counters.IsCounted()) on_machine.environment.push_back(std::string("GCOV_PREFIX=") + Counters::kFolder);
-  lab::RunResult run = lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine);
+  lab::RunResult run = testing_support::RunOrSkip(
+      [&] { return lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine); });
   for (lab::Tree* tree : {&run.before, &run.after}) {
     std::erase_if(*tree, [](const auto& entry) { return entry.first.starts_with(Counters::kFolder); });
   }

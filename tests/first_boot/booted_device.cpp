@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
+
+#include "tests/support/full_way.h"
 
 namespace first_boot {
 namespace {
@@ -13,6 +16,8 @@ namespace {
 constexpr const char* kSettings = "/tmp/settings";
 constexpr const char* kDeviceSettings = "/etc/kelp-first-boot.conf";
 constexpr const char* kBusybox = "/usr/bin/busybox";
+/// What the scripts start.
+constexpr std::array kTools{"cat", "head", "logger", "ls", "mkdir", "mkfifo", "mv", "rm", "rmdir", "sh", "sleep"};
 
 std::string BytesOf(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -27,15 +32,15 @@ lab::RunResult RunScript(lab::PrivateRoot& device, Shell shell, const std::files
   std::string name = "/usr/bin/dash";
   if (shell == Shell::Busybox) {
     name = "/tmp/bin/sh";
-    for (const char* tool :
-         {"cat", "head", "logger", "ls", "mkdir", "mkfifo", "mv", "rm", "rmdir", "sh", "sleep"}) {
-      device.ProvideLink(std::string("/tmp/bin/") + tool, kBusybox);
-    }
+    options.host_programs = {kBusybox};
+    for (const char* tool : kTools) device.ProvideLink(std::string("/tmp/bin/") + tool, kBusybox);
     options.environment = {"PATH=/tmp/bin"};
+  } else {
+    for (const char* tool : kTools) options.host_programs.push_back(std::string("/usr/bin/") + tool);
   }
   // The program's path, which follows, is no argument of the script then.
   options.wrapper.insert(options.wrapper.end(), {name, "-c", "exec " + name + " " + path + " " + arguments});
-  return lab::RunProgram(device, KELP_PROGRAM, {}, options);
+  return testing_support::RunOrSkip([&] { return lab::RunProgram(device, KELP_PROGRAM, {}, options); });
 }
 
 /// As many as an attempt holds room for on any of the samples, the same ones each time.

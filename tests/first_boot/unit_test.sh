@@ -39,6 +39,10 @@ case $(sed -n 's/^ProtectSystem=//p' "$unit") in
   '' | no | false) ;;
   *) mounts="/usr $mounts" ;;
 esac
+if [ "$(id -u)" -eq 0 ] && ! unshare --mount true 2>/dev/null; then
+  echo "takes mounts, which this container does not let a process make"
+  exit 77
+fi
 [ "$(id -u)" -eq 0 ] && enter=(unshare --mount) || enter=(unshare --map-root-user --mount)
 device=$folder/device
 mkdir -p "$device/etc/hostapd/mac_filter" "$device/usr/kelp/etc/wifi/legacy" "$device/var/lock"

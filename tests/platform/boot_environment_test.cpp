@@ -26,6 +26,7 @@
 #include "lab/images/private_root.h"
 #include "lab/runs/in_root.h"
 #include "tests/base/small_disk.h"
+#include "tests/support/full_way.h"
 #include "tests/support/without_file_privileges.h"
 
 namespace {
@@ -392,6 +393,7 @@ TEST_F(BootEnvironment, SocketOrFolderInPlaceOfTheDeviceIsNeverOpened) {
 class BootEnvironmentOnADevice : private testing_support::OwnMounts, public BootEnvironment {};
 
 TEST_F(BootEnvironmentOnADevice, CharacterDeviceThatIsNoRawFlashIsNeverOpened) {
+  testing_support::RequireFullWay();
   const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   ASSERT_GE(terminal, 0);
   ASSERT_EQ(::unlockpt(terminal), 0);
@@ -409,6 +411,7 @@ TEST_F(BootEnvironmentOnADevice, CharacterDeviceThatIsNoRawFlashIsNeverOpened) {
 }
 
 TEST_F(BootEnvironmentOnADevice, CharacterDeviceIsNeverOpenedAsTheSecondCopyEither) {
+  testing_support::RequireFullWay();
   device_.Write("/dev/second", "");
   device_.Write(kConfiguration, "/dev/environment 0x0 0x1000\n/dev/second 0x0 0x1000\n");
   const std::string place = HostPath("/dev/second");

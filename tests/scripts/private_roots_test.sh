@@ -21,6 +21,7 @@ for user in 0 1000; do
       status=1
     fi
     expected='root of this container or sandbox may make no private roots'
+    [ "$command" != test-sanitized ] || expected='root of this container or sandbox may mount nothing'
     [ "$user" = 0 ] || expected='ordinary users may make no private roots on this machine: run this as root'
     [[ $output == *": $expected"* && $output != *setup:* ]] || {
       echo "scripts/$command says: $output"
@@ -28,6 +29,13 @@ for user in 0 1000; do
     }
   done
 done
+# Root that may enter another root folder gets further.
+ln -s /bin/true "$folder/bin/chroot"
+output=$(KELP_TEST_USER=0 PATH=$folder/bin TMPDIR=$folder KELP_BUILD_DIR=$folder/build "$scripts/demo" 2>&1) || true
+[[ $output == *setup:* ]] || {
+  echo "scripts/demo of a container's root says: $output"
+  status=1
+}
 [ ! -e "$folder/build" ] || {
   echo "something was built"
   status=1

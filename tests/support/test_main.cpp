@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 
 int main(int argument_count, char* arguments[]) {
   // Before GoogleTest: a user namespace can only be entered while there is one thread.

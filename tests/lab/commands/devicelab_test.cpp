@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
@@ -12,15 +13,18 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <stdexcept>
 #include <thread>
 
 #include "lab/images/boot_environment.h"
 #include "lab/images/descriptor.h"
 #include "lab/images/file_copy.h"
-#include "lab/images/namespaces.h"
 #include "lab/images/tree.h"
+#include "lab/plain/plain_way.h"
+#include "lab/runs/namespaces.h"
 #include "tests/support/child_process.h"
+#include "tests/support/full_way.h"
 #include "tests/support/json_text.h"
 #include "tests/support/temporary_folder.h"
 
@@ -35,6 +39,8 @@ using ::testing::StartsWith;
 using testing_support::Shell;
 using testing_support::ShellResult;
 
+const std::string kProgram = " --program " TEST_PROGRAM " --trust-program";
+
 /// A device image and a folder for everything else.
 class DeviceLab : public ::testing::Test {
  protected:
@@ -45,11 +51,11 @@ class DeviceLab : public ::testing::Test {
   }
 
   static ShellResult Lab(const std::string& arguments) {
-    return Shell(std::string(DEVICELAB) + " " + arguments);
+    return testing_support::WithoutNotice(Shell(std::string(DEVICELAB) + " " + arguments));
   }
 
   ShellResult Run(const std::string& build) const {
-    return Lab("run " + image_.Path().native() + " --from " + build + " --program " + TEST_PROGRAM);
+    return Lab("run " + image_.Path().native() + " --from " + build + kProgram);
   }
 
   TemporaryFolder image_;
@@ -90,7 +96,7 @@ TEST_F(DeviceLab, RunsTheProgramOnAnArchive) {
   const fs::path archive = folder_ / "image.tar.gz";
   ASSERT_EQ(Shell("tar -C " + image_.Path().native() + " -czf " + archive.native() + " .").status, 0);
   const std::string before = lab_test::ReadFile(archive);
-  const ShellResult result = Lab("run " + archive.native() + " --from 8000 --program " + TEST_PROGRAM);
+  const ShellResult result = Lab("run " + archive.native() + " --from 8000" + kProgram);
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.output, StartsWith(archive.native() + " from build 8000: migrated, exit status 0\n"));
   EXPECT_THAT(result.output, HasSubstr("  moved to /etc/archive/: /etc/ old.conf\n"));
@@ -165,7 +171,7 @@ TEST_F(DeviceLab, HasNoColoursWhereNoTerminalIs) {
 }
 
 TEST_F(DeviceLab, FailsWhereTheReportCannotBeWritten) {
-  const std::string run = "run " + image_.Path().native() + " --from 8000 --program " + TEST_PROGRAM;
+  const std::string run = "run " + image_.Path().native() + " --from 8000" + kProgram;
   for (const char* form : {"", " --json", " --documents"}) {
     EXPECT_NE(Lab(run + form + " > /dev/full").status, 0) << form;
   }
@@ -181,7 +187,7 @@ TEST_F(DeviceLab, FailsAsTheProgramDoes) {
 }
 
 TEST_F(DeviceLab, PassesTheBuildNumberOnAsTyped) {
-  EXPECT_THAT(Lab("run " + image_.Path().native() + " --from=-5x --program " + TEST_PROGRAM).output,
+  EXPECT_THAT(Lab("run " + image_.Path().native() + " --from=-5x" + kProgram).output,
               HasSubstr("updating from -5x"));
 }
 
@@ -199,7 +205,7 @@ TEST_F(DeviceLab, RunsTheProgramBesideItByDefault) {
 TEST_F(DeviceLab, LeavesTheCurrentFolderAndTheTemporaryFolderAlone) {
   const TemporaryFolder temporary;
   EXPECT_EQ(Shell("cd " + folder_.Path().native() + " && TMPDIR=" + temporary.Path().native() + " " +
-                  DEVICELAB + " run " + image_.Path().native() + " --from 1 --program " + TEST_PROGRAM)
+                  DEVICELAB + " run " + image_.Path().native() + " --from 1" + kProgram)
                 .status,
             0);
   EXPECT_TRUE(fs::is_empty(folder_.Path()));
@@ -208,7 +214,7 @@ TEST_F(DeviceLab, LeavesTheCurrentFolderAndTheTemporaryFolderAlone) {
 
 TEST_F(DeviceLab, TellsWhatIsMissing) {
   EXPECT_EQ(Lab("run /no/image --from 1").output, "devicelab: there is no device image /no/image\n");
-  EXPECT_THAT(Lab("run /etc/passwd --from 1 --program " TEST_PROGRAM).output,
+  EXPECT_THAT(Lab("run /etc/passwd --from 1" + kProgram).output,
               StartsWith("devicelab: /etc/passwd is no folder, and cannot be read as a tar archive: "));
   EXPECT_EQ(Lab("show /no/image").output, "devicelab: there is no device image /no/image\n");
   EXPECT_EQ(Lab("run /no/image --from 1").status, 1);
@@ -237,7 +243,7 @@ TEST_F(DeviceLab, TellsItsVersion) {
 TEST_F(DeviceLab, FailsWhenItCannotPrintWhatItHasToSay) {
   const std::string image = image_.Path().native();
   for (const std::string& command :
-       {"run " + image + " --from 8000 --program " + TEST_PROGRAM, "show " + image, std::string("--help")}) {
+       {"run " + image + " --from 8000" + kProgram, "show " + image, std::string("--help")}) {
     const ShellResult result = Lab(command + " >/dev/full");
     EXPECT_EQ(result.status, 1) << command;
     EXPECT_EQ(result.output, "devicelab: cannot print all that there is to say\n") << command;
@@ -263,7 +269,8 @@ class DeviceLabProcess : public DeviceLab {
     ::dup2(writing.Get(), STDOUT_FILENO);
     ::setenv("TMPDIR", temporary_.Path().c_str(), 1);
     ::execl(DEVICELAB, DEVICELAB, "run", image_.Path().c_str(), "--from", build.c_str(), "--program",
-            TEST_PROGRAM, "--documents", nullptr);  // with which a report may be more than a pipe takes
+            TEST_PROGRAM, "--trust-program", "--documents",
+            nullptr);  // with which a report may be more than a pipe takes
     ::_exit(127);
   }
 
@@ -297,6 +304,15 @@ class DeviceLabProcess : public DeviceLab {
     return status >> number >> name >> state && state != "Z" && state != "X";
   }
 
+  static bool HasNothing(const TemporaryFolder& folder) { return fs::is_empty(folder.Path()); }
+
+  static bool HasNoFile(const TemporaryFolder& folder) {
+    return std::ranges::all_of(
+        fs::recursive_directory_iterator(folder.Path()), [](const fs::directory_entry& entry) {
+          return entry.is_directory() && entry.path().filename().native().starts_with("devicelab-guarded.");
+        });
+  }
+
   static void AwaitThat(const std::function<bool()>& condition) {
     for (int i = 0; i < 3000; ++i) {
       if (condition()) return;
@@ -310,15 +326,18 @@ class DeviceLabProcess : public DeviceLab {
   Descriptor report_;
 
  private:
-  /// A process whose parent is devicelab and that has become the program.
+  /// A process below devicelab that has become the program.
   pid_t FindProgram() const {
+    std::set<pid_t> of_lab{lab_};
     for (const auto& entry : fs::directory_iterator("/proc")) {
       std::ifstream stat(entry.path() / "stat");
       pid_t pid = 0;
       std::string name;
       std::string state;
       pid_t parent = 0;
-      if (stat >> pid >> name >> state >> parent && parent == lab_ && name == "(lab_test_progra)") return pid;
+      if (!(stat >> pid >> name >> state >> parent) || !of_lab.contains(parent)) continue;
+      if (name == "(lab_test_progra)") return pid;
+      of_lab.insert(pid);
     }
     return -1;
   }
@@ -328,11 +347,12 @@ TEST_F(DeviceLabProcess, LeavesNothingBehindWhateverEndsIt) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGKILL}) {
     Start("wait");
     const pid_t program = AwaitProgram();
-    EXPECT_TRUE(fs::is_empty(temporary_.Path())) << "others see the device's files during the run";
+    EXPECT_TRUE(IsPlainWay() || HasNothing(temporary_)) << "others see the device's files during the run";
     const int status = End(signal);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << signal << ' ' << status;
     AwaitThat([&] { return !IsAlive(program); });
-    EXPECT_TRUE(fs::is_empty(temporary_.Path())) << signal;
+    AwaitThat([&] { return !IsPlainWay() || HasNothing(temporary_); });
+    EXPECT_TRUE(HasNothing(temporary_)) << signal;
   }
 }
 
@@ -350,8 +370,10 @@ TEST_F(DeviceLabProcess, HasNothingOfTheDeviceLeftWhenItPrintsTheReport) {
   Start("much");
   pollfd report{report_.Get(), POLLIN, 0};
   ASSERT_EQ(::poll(&report, 1, 60'000), 1);
-  EXPECT_TRUE(fs::is_empty("/proc/" + std::to_string(lab_) + "/root/sys"));
-  EXPECT_TRUE(fs::is_empty(temporary_.Path()));
+  if (!IsPlainWay()) {
+    EXPECT_TRUE(fs::is_empty("/proc/" + std::to_string(lab_) + "/root/sys"));
+  }
+  EXPECT_TRUE(HasNoFile(temporary_));
   report_.Close();
   const int status = End(0);
   EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) << status;
@@ -409,9 +431,9 @@ TEST_F(DeviceLab, RunsAsAnOrdinaryUser) {
     return WhyNotPossible().value_or("");
   });
   if (!reason.empty()) GTEST_SKIP() << reason;
-  const ShellResult result = Shell("setpriv --reuid 65534 --regid 65534 --clear-groups --bounding-set=-all " +
-                                   std::string(DEVICELAB) + " run " + image_.Path().native() +
-                                   " --from 8000 --program " + TEST_PROGRAM);
+  const ShellResult result =
+      Shell("setpriv --reuid 65534 --regid 65534 --clear-groups --bounding-set=-all " +
+            std::string(DEVICELAB) + " run " + image_.Path().native() + " --from 8000" + kProgram);
   EXPECT_EQ(result.status, 0) << result.output;
   EXPECT_THAT(result.output, HasSubstr("  moved to /etc/archive/: /etc/ old.conf\n"));
 }

@@ -18,6 +18,7 @@
 #include "lab/images/tar_text.h"
 #include "lab/images/tree.h"
 #include "tests/support/child_process.h"
+#include "tests/support/full_way.h"
 #include "tests/support/mounts.h"
 #include "tests/support/temporary_folder.h"
 
@@ -41,7 +42,8 @@ class Fleets : public ::testing::Test {
   Fleets() { EXPECT_EQ(Lab("new devices --count 20 --seed 3 --plain").status, 0); }
 
   ShellResult Lab(const std::string& arguments) const {
-    return Shell("cd " + folder_.Path().native() + " && " + DEVICELAB + " " + arguments);
+    return testing_support::WithoutNotice(
+        Shell("cd " + folder_.Path().native() + " && " + DEVICELAB + " " + arguments));
   }
 
   ShellResult Fleet(const std::string& arguments) const {
@@ -210,8 +212,8 @@ TEST_F(Fleets, FailOnWhatTheyAreTold) {
 class FleetsOfOddPrograms : public Fleets {
  protected:
   ShellResult With(const std::string& build, const std::string& more = "") const {
-    return Lab("fleet devices/device-000001 --from " + build + " --output out --program " + TEST_PROGRAM +
-               " " + more);
+    return Lab("fleet devices/device-000001 --from " + build + " --output out --trust-program --program " +
+               TEST_PROGRAM + " " + more);
   }
 };
 
@@ -282,7 +284,7 @@ TEST_P(InterruptedFleets, LeaveNothingBehind) {
   const std::string build = OwnBuild("hang");
   fs::create_directory(folder_ / "tmp");
   const auto mounts = Mounts();
-  const std::string rest = " --jobs 2 --output out --program " TEST_PROGRAM;
+  const std::string rest = " --jobs 2 --output out --trust-program --program " TEST_PROGRAM;
   const pid_t lab = Start("fleet devices/device-00000* --from " + build + " --limit 60" + rest);
   EXPECT_EQ(CountOf(build, "2"), "2");
   ::kill(lab, signal);
@@ -377,7 +379,7 @@ TEST_F(Fleets, CompareTwoPrograms) {
       Lab("compare @devices/list.jsonl --from 8000 --old " KELP_PROGRAM " --new " KELP_PROGRAM);
   EXPECT_EQ(same.status, 0) << same.output;
   EXPECT_EQ(same.output, "0 of 20 devices differ\n");
-  const std::string other = " --from 8000 --old " KELP_PROGRAM " --new " TEST_PROGRAM;
+  const std::string other = " --from 8000 --old " KELP_PROGRAM " --trust-program --new " TEST_PROGRAM;
   const ShellResult text = Lab("compare devices/device-000001 --overlay devices/device-000001" + other);
   EXPECT_EQ(text.status, 1);
   EXPECT_THAT(text.output,
@@ -437,8 +439,8 @@ TEST_F(Fleets, AreDrawnAsPages) {
   EXPECT_THAT(summary.output, HasSubstr("devicelab: the household of devices/device-0000"));
   EXPECT_THAT(summary.output, HasSubstr(" is no JSON, and is not in the page\n"));
   ExpectPage(folder_ / "damaged.html", "devices/device-000020");
-  EXPECT_EQ(Lab("compare devices/device-000001 --from 8000 --old " KELP_PROGRAM " --new " TEST_PROGRAM
-                " --html compare.html")
+  EXPECT_EQ(Lab("compare devices/device-000001 --from 8000 --old " KELP_PROGRAM
+                " --trust-program --new " TEST_PROGRAM " --html compare.html")
                 .status,
             1);
   ExpectPage(folder_ / "compare.html", "devices/device-000001");

@@ -8,8 +8,9 @@
 #include <fstream>
 
 #include "lab/images/file_copy.h"
-#include "lab/images/namespaces.h"
+#include "lab/runs/namespaces.h"
 #include "tests/support/child_process.h"
+#include "tests/support/full_way.h"
 #include "tests/support/temporary_folder.h"
 
 namespace lab {
@@ -75,6 +76,7 @@ TEST(PrepareHostMounts, TakesTheLibrariesOfAnotherMachineWhereTheyAre) {
 }
 
 TEST(MountFromHost, MountsReadOnly) {
+  testing_support::RequireFullWay();
   const lab_test::TemporaryFolder folder;
   folder.Write("file", "of the host");
   PrivateRoot root;
@@ -90,6 +92,7 @@ TEST(MountFromHost, MountsReadOnly) {
 }
 
 TEST(MountFromHost, IsNotLedOutOfTheRootByALink) {
+  testing_support::RequireFullWay();
   const lab_test::TemporaryFolder folder;
   const lab_test::TemporaryFolder victim;
   folder.Write("file", "");
@@ -104,6 +107,7 @@ TEST(MountFromHost, IsNotLedOutOfTheRootByALink) {
 }
 
 TEST(MountTmpfs, IsAsLargeAsAskedForAndOutlivesItsMount) {
+  testing_support::RequireFullWay();
   PrivateRoot root;
   root.Write("/data/file", "x");
   const std::string answer = InChild([&] {
@@ -122,6 +126,7 @@ TEST(MountTmpfs, IsAsLargeAsAskedForAndOutlivesItsMount) {
 }
 
 TEST(MountProc, NeedsAPlaceForIt) {
+  testing_support::RequireFullWay();
   PrivateRoot root;
   EXPECT_EQ(InChild([&] {
               MountProc(OpenInOwnNamespace(root).Get());

@@ -17,6 +17,7 @@
 
 #include "lab/images/file_copy.h"
 #include "lab/runs/sealed_process.h"
+#include "tests/support/full_way.h"
 #include "tests/support/mounts.h"
 #include "tests/support/temporary_folder.h"
 
@@ -124,6 +125,7 @@ TEST(Workbench, TakesADeviceThatHasItsOwnFolderWhereTheHostHasALink) {
 }
 
 TEST(Workbench, EndsAProgramThatHangsWithAllItsChildren) {
+  testing_support::RequireFullWay();
   EXPECT_THAT(InSealedProcess([] {
                 Workbench bench(TEST_PROGRAM, kSize);
                 const RunResult hung = bench.Run({"sleep"}, std::chrono::milliseconds(50));
@@ -160,6 +162,7 @@ TEST(Workbench, StartsAProgramAsADeviceDoes) {
 }
 
 TEST(Workbench, KeepsWhatADeviceWritesWithinItsSize) {
+  testing_support::RequireFullWay();
   EXPECT_THAT(InSealedProcess([] {
                 Workbench bench(TEST_PROGRAM, 1 << 20);
                 const RunResult result = bench.Run({"fill", "/etc/full"}, kLong);
@@ -169,6 +172,7 @@ TEST(Workbench, KeepsWhatADeviceWritesWithinItsSize) {
 }
 
 TEST(Workbench, IsNotSeenOutside) {
+  testing_support::RequireFullWay();
   const auto mounts = [] { return testing_support::MountsBelow("/sys"); };  // where a workbench is
   const auto before = mounts();
   std::array<int, 2> ends{};
@@ -190,6 +194,7 @@ TEST(Workbench, IsNotSeenOutside) {
 }
 
 TEST(SealedProcess, TakesItsChildrenAlong) {
+  testing_support::RequireFullWay();
   std::array<int, 2> ends{};
   ASSERT_EQ(::pipe(ends.data()), 0);
   const pid_t pid = ForkSealed();

@@ -20,6 +20,7 @@
 #include "platform/boot_environment.h"
 #include "tests/base/small_disk.h"
 #include "tests/support/failing_calls.h"
+#include "tests/support/full_way.h"
 
 namespace {
 
@@ -169,6 +170,7 @@ TEST_F(BootEnvironmentDevices, OneThatDoesNotAnswerIsNegativeAndNothingIsLeftOfT
   // Opening it makes it the terminal of a test program that leads a session without one, which then ends with
   // it.
   const auto earlier = ::signal(SIGHUP, SIG_IGN);
+  testing_support::RequireFullWay();
   const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   ASSERT_GE(terminal, 0);
   ASSERT_EQ(::unlockpt(terminal), 0);
