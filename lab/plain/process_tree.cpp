@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -86,6 +87,13 @@ void KillDescendants(pid_t ancestor) {
   for (int wait = 0; wait < kLongestEnd && !Descendants(ancestor).empty(); ++wait) ::usleep(1000);
 }
 
+/// As the number of a process that is sent a signal, others than positive ones mean many, and 1 is nobody's
+/// child.
+void RequireOne(pid_t process) {
+  if (process <= 1)
+    throw std::logic_error("to kill process " + std::to_string(process) + " is to kill others");
+}
+
 [[noreturn]] void EndAs(int status) {
   if (!WIFSIGNALED(status)) ::_exit(WEXITSTATUS(status));
   const rlimit no_dump{0, 0};
@@ -105,6 +113,7 @@ void AdoptDescendants() {
 }
 
 int KillOwnDescendants(pid_t child) {
+  RequireOne(child);
   int status = 0;
   ::kill(child, SIGKILL);
   while (true) {
@@ -120,6 +129,7 @@ int KillOwnDescendants(pid_t child) {
 }
 
 void KillTree(pid_t process) {
+  RequireOne(process);
   ::kill(process, SIGSTOP);
   KillDescendants(process);
   ::kill(process, SIGKILL);
