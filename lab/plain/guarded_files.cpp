@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -17,6 +18,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "lab/images/descriptor.h"
@@ -45,16 +47,17 @@ struct LockedFolder {
   Descriptor lock;
 };
 
-bool IsInMemory(const fs::path& folder) {
+bool HasRoomInMemory(const fs::path& folder) {
   struct statvfs status {};
-  return ::statvfs(folder.c_str(), &status) == 0 && ::access(folder.c_str(), W_OK) == 0 &&
+  const bool may_write = ::access(folder.c_str(), W_OK) == 0;
+  return may_write && ::statvfs(folder.c_str(), &status) == 0 &&
          std::uintmax_t{status.f_bavail} * status.f_frsize >= kRoomInMemory;
 }
 
 /// The folder to make it in.
 fs::path ParentFor(Guarded content) {
   const bool runs_programs = content == Guarded::Roots;
-  if (IsInMemory(kMemory) && (!runs_programs || LetsProgramsRun(kMemory))) return kMemory;
+  if (HasRoomInMemory(kMemory) && (!runs_programs || LetsProgramsRun(kMemory))) return kMemory;
   fs::path folder = fs::absolute(TemporaryFiles());
   if (!runs_programs || LetsProgramsRun(folder)) return folder;
   throw std::runtime_error(
@@ -80,7 +83,7 @@ void Clear(const LockedFolder& folder) {
     try {
       RemoveEntries(folder.lock.Get(), folder.path);
     } catch (const std::exception&) {
-      ::usleep(10'000);
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
       continue;
     }
     if (::rmdir(folder.path.c_str()) == 0 || errno != ENOTEMPTY) return;

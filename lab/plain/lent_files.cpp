@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <ranges>
 #include <string_view>
 #include <system_error>
 
@@ -159,9 +158,9 @@ void Lent::TakeBack() noexcept {
       // The program removed the folder, and what was in it.
     }
   }
-  for (const std::string& path : made_folders_ | std::views::reverse) {
+  for (auto path = made_folders_.rbegin(); path != made_folders_.rend(); ++path) {
     try {
-      ::unlinkat(OpenFolderOf(root_, path).Get(), NameOf(path).c_str(), AT_REMOVEDIR);
+      ::unlinkat(OpenFolderOf(root_, *path).Get(), NameOf(*path).c_str(), AT_REMOVEDIR);
     } catch (const std::exception&) {
       // As above.
     }

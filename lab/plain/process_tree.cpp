@@ -9,12 +9,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include "lab/images/descriptor.h"
 
@@ -26,8 +29,8 @@ namespace fs = std::filesystem;
 /// More generations than a program starts while it is being stopped.
 constexpr int kRounds = 1000;
 
-/// Milliseconds that a killed process may take to end: it may be busy in the kernel.
-constexpr int kLongestEnd = 10'000;
+/// What a killed process may take to end: it may be busy in the kernel.
+constexpr std::chrono::seconds kLongestEnd{10};
 
 /// Calls `visit` with the number of each process that /proc has.
 template <typename Visit>
@@ -83,7 +86,17 @@ void KillDescendants(pid_t ancestor) {
     }
   }
   for (const pid_t process : stopped) ::kill(process, SIGKILL);
-  for (int wait = 0; wait < kLongestEnd && !Descendants(ancestor).empty(); ++wait) ::usleep(1000);
+  const auto deadline = std::chrono::steady_clock::now() + kLongestEnd;
+  while (std::chrono::steady_clock::now() < deadline && !Descendants(ancestor).empty()) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
+/// As the number of a process that is sent a signal, others than positive ones mean many, and 1 is nobody's
+/// child.
+void RequireOne(pid_t process) {
+  if (process <= 1)
+    throw std::logic_error("to kill process " + std::to_string(process) + " is to kill others");
 }
 
 [[noreturn]] void EndAs(int status) {
@@ -94,7 +107,7 @@ void KillDescendants(pid_t ancestor) {
   sigset_t none;
   ::sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
-  ::raise(WTERMSIG(status));
+  ::kill(::getpid(), WTERMSIG(status));
   ::_exit(127);
 }
 
@@ -105,6 +118,7 @@ void AdoptDescendants() {
 }
 
 int KillOwnDescendants(pid_t child) {
+  RequireOne(child);
   int status = 0;
   ::kill(child, SIGKILL);
   while (true) {
@@ -120,6 +134,7 @@ int KillOwnDescendants(pid_t child) {
 }
 
 void KillTree(pid_t process) {
+  RequireOne(process);
   ::kill(process, SIGSTOP);
   KillDescendants(process);
   ::kill(process, SIGKILL);

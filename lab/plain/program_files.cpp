@@ -15,6 +15,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "lab/images/descriptor.h"
 #include "lab/images/file_copy.h"
@@ -115,17 +116,13 @@ std::vector<LentFile> NeededBy(const fs::path& program) {
 
 /// Asked once a program, as far as that stays what it is.
 std::vector<LentFile> NeededByAsKnown(const fs::path& program) {
-  struct Known {
-    fs::file_time_type time;
-    std::vector<LentFile> files;
-  };
   static std::mutex mutex;
-  static std::map<fs::path, Known> known;
+  static std::map<fs::path, std::pair<fs::file_time_type, std::vector<LentFile>>> known;
   const fs::file_time_type time = fs::last_write_time(program);
   {
     const std::lock_guard lock(mutex);
     const auto found = known.find(program);
-    if (found != known.end() && found->second.time == time) return found->second.files;
+    if (found != known.end() && found->second.first == time) return found->second.second;
   }
   std::vector<LentFile> files = NeededBy(program);
   const std::lock_guard lock(mutex);

@@ -10,10 +10,12 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 
 #include "lab/plain/plain_way.h"
 #include "lab/plain/process_tree.h"
@@ -135,7 +137,7 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   for (int attempt = 0; attempt < kExecAttempts; ++attempt) {
     ::execve(arguments.front(), arguments.data(), variables.data());
     if (errno != ETXTBSY) break;
-    ::usleep(1000);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   ThrowErrno("run", command.front());
 }

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "lab/plain/plain_way.h"
+#include "lab/runs/program_run.h"
 #include "lab/sweeps/outcome_text.h"
 
 namespace lab::sweeps {
@@ -51,6 +53,7 @@ Outcome NextBoot::Boot(Tree files, const std::string& settings) const {
   files[kScript] = {Entry::Kind::File, 0755, script_};
   // Flushing the disks of the machine that the sweep runs on would be no use to anybody.
   files[kSettings] = {Entry::Kind::File, 0644, "sync() { :; }\n" + settings};
+  if (IsPlainWay()) throw NeedsMounts("a script that starts programs of the host");
   Manner manner;
   manner.wrapper = {"/bin/sh", kScript, kSettings};
   return Migrate({std::move(files), build_number_}, programs_.migration, manner).outcome;
