@@ -9,7 +9,8 @@ judge() {
   seconds=$(cat -- "$report/run/test-boot/seconds")
   [ "$seconds" -le 100 ] || echo "the boot was held up for $seconds seconds"
   [ ! -s "$state/result" ] || read -r word _ <"$state/result"
-  [[ $result == any || "|$result|" == *"|$word|"* ]] || echo "the result is \"$(cat -- "$state/result" 2>/dev/null || echo -)\", not $result"
+  [[ $result == any || "|$result|" == *"|$word|"* ]] ||
+    echo "the result is \"$(cat -- "$state/result" 2>/dev/null || echo -)\", not $result"
   [ "$documents" != by-result ] || { [ "$word" = migrated ] && documents=all || documents=none; }
   case $documents in
     all) check_migrated ;;
@@ -28,7 +29,7 @@ judge() {
   check_conditions
   grep -hE 'kelp-first-boot(\[[0-9]+\])?: (line |/[^ ]*: )?[0-9]+:|(mkdir|mv|rm|sync|cat|dd): ' \
     "$machine/console" "$report/run/test-boot/log" 2>/dev/null | sort -u | head -n 3 | sed 's/^/a raw line of the shell: /'
-  [ -z "$text" ] || cat -- "$machine/console" "$report/run/test-boot/log" "$state/result" 2>/dev/null | grep -qF -- "$text" ||
+  [ -z "$text" ] || grep -qsF -- "$text" "$machine/console" "$report/run/test-boot/log" "$state/result" ||
     echo "nothing says \"$text\""
 }
 
@@ -69,8 +70,8 @@ check_nothing_lost() {
     [ "$word" = migrated ] && grep -qxF "removed /$path" "$expected/paths" && continue
     cmp -s -- "devices/$sample/$path" "$report/$path" ||
       cmp -s -- "devices/$sample/$path" "$wifi/legacy/${path##*/}" || echo "lost: /$path"
-  done < <(cd -- "devices/$sample" && find usr etc -path '*/etc/wifi/*' ! -name '*.json*' -type f -o -path '*/mac_filter/*' -type f \
-    -o -name model.json -o -name country.json)
+  done < <(cd -- "devices/$sample" && find usr etc -type f \( -path '*/etc/wifi/*' ! -name '*.json*' -o -path '*/mac_filter/*' \
+    -o -name model.json -o -name country.json \))
 }
 
 # The machine was as the case wants it.
