@@ -123,7 +123,9 @@ std::optional<std::string> RunView::LegacyValue(const std::string& path, std::st
 
 StoredValue RunView::Stored(const std::string& path, const std::string& key) const {
   const LegacyFile& file = FileAt(path);
-  StoredValue stored{path, key};
+  StoredValue stored;
+  stored.file = path;
+  stored.key = key;
   const bool is_split = !file.split.empty();
   if (!is_split) stored.value = LegacyValue(path, key);
   stored.has_carriage_return = is_split || (stored.value && stored.value->ends_with('\r'));
