@@ -43,6 +43,21 @@ TEST_P(FirstBoot, EmptyBuildFileCountsAsNone) {
   }
 }
 
+// A power cut may come between the last word and the tidying.
+TEST_P(FirstBoot, LeftoversOfAnAttemptThatHadItsLastWordGoAtTheNextBoot) {
+  for (const char* left : {"before", "word.failed"}) {
+    SCOPED_TRACE(left);
+    lab::PrivateRoot device = Upgraded("dual-band-standalone", "8000");
+    ExpectQuiet(Boot(device, GetParam()));
+    const lab::Tree tidy = device.Snapshot();
+    device.Write(kState + "/" + left, "end\n");
+    device.Write(kState + "/room", "held");
+    device.Write("/usr/kelp/etc/wifi/wps.json.new", "half a document");
+    ExpectQuiet(Boot(device, GetParam()));
+    EXPECT_THAT(Differing(tidy, device.Snapshot()), IsEmpty());
+  }
+}
+
 TEST_P(FirstBoot, MigratesOnceAfterAnUpgrade) {
   for (const char* text : {"8000", "8000\n", " 8000 \nanother line\n", "8000\r\n", "8000 \t\r\n"}) {
     SCOPED_TRACE(text);
