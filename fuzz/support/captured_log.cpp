@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "base/log.h"
+
 namespace {
 
 std::vector<fuzz::LogLine>& Lines() {
@@ -25,13 +27,24 @@ std::vector<fuzz::LogLine>& Lines() {
 
 }  // namespace
 
-// KELP::Wifi::LogFormatted as the linker knows it, which puts this in its place (--wrap).
+// KELP::Wifi::LogFormatted and LogFormattedReport as the linker knows them, which puts these in their place
+// (--wrap).
 void CaptureLine(int priority, const char* format, ...) __asm__("__wrap__ZN4KELP4Wifi12LogFormattedEiPKcz");
 void CaptureLine(int priority, const char* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
   Append(priority, format, arguments);
   va_end(arguments);
+}
+
+KELP::Wifi::LogResult CaptureReport(const char* format,
+                                    ...) __asm__("__wrap__ZN4KELP4Wifi18LogFormattedReportEPKcz");
+KELP::Wifi::LogResult CaptureReport(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  Append(LOG_ERR, format, arguments);
+  va_end(arguments);
+  return KELP::Wifi::LogResult::Taken;
 }
 
 namespace fuzz {

@@ -1,16 +1,14 @@
 #include "lab/runs/collected_documents.h"
 
-#include <unistd.h>
-
-#include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "lab/images/descriptor.h"
+#include "lab/images/file_copy.h"
 
 namespace lab {
 namespace {
@@ -25,20 +23,16 @@ std::string DocumentName(const std::string& path) {
   return is_document ? name : "";
 }
 
-/// Other processes and threads may put the same document there at the same time.
+/// Other processes, in process namespaces of their own, may put the same document there at the same time.
 void Put(const std::filesystem::path& folder, const std::string& name, const std::string& content) {
-  static std::atomic<unsigned> number{0};
   std::ostringstream hash;
   hash << std::hex << std::hash<std::string>{}(content);
   const std::filesystem::path place = folder / (hash.str() + "." + name);
   if (std::filesystem::exists(place)) return;
-  const std::filesystem::path part =
-      folder / ("part-" + std::to_string(::getpid()) + "-" + std::to_string(++number));
   std::filesystem::create_directories(folder);
-  std::ofstream file(part, std::ios::binary);
-  file.write(content.data(), static_cast<std::streamsize>(content.size()));
-  file.close();
-  if (!file) throw std::runtime_error("cannot write " + part.string());
+  std::string part = folder / "part-XXXXXX";
+  const Descriptor file(Checked(::mkstemp(part.data()), "write", part));
+  WriteAll(file.Get(), content, part);
   std::filesystem::rename(part, place);
 }
 

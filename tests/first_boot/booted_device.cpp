@@ -17,7 +17,8 @@ constexpr const char* kSettings = "/tmp/settings";
 constexpr const char* kDeviceSettings = "/etc/kelp-first-boot.conf";
 constexpr const char* kBusybox = "/usr/bin/busybox";
 /// What the scripts start.
-constexpr std::array kTools{"cat", "head", "logger", "ls", "mkdir", "mkfifo", "mv", "rm", "rmdir", "sh", "sleep"};
+constexpr std::array kTools{"cat", "head", "logger", "ls", "mkdir", "mkfifo",
+                            "mv",  "rm",   "rmdir",  "sh", "sleep"};
 
 std::string BytesOf(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
