@@ -4,28 +4,25 @@
 #include "lab/text/utf8.h"
 
 namespace lab::page {
-namespace {
 
-Json::Value Safe(const Json::Value& value) {
+Json::Value PrintableJson(const Json::Value& value) {
   if (value.isString()) return Printable(value.asString());
   if (value.isArray()) {
     Json::Value safe(Json::arrayValue);
-    for (const Json::Value& element : value) safe.append(Safe(element));
+    for (const Json::Value& element : value) safe.append(PrintableJson(element));
     return safe;
   }
   if (value.isObject()) {
     Json::Value safe(Json::objectValue);
-    for (const std::string& name : value.getMemberNames()) safe[Printable(name)] = Safe(value[name]);
+    for (const std::string& name : value.getMemberNames()) safe[Printable(name)] = PrintableJson(value[name]);
     return safe;
   }
   return value;
 }
 
-}  // namespace
-
 std::string ScriptData(const Json::Value& value) {
   std::string text;
-  for (const char byte : JsonLine(Safe(value))) {
+  for (const char byte : JsonLine(PrintableJson(value))) {
     // These stand in strings alone.
     switch (byte) {
       case '<':

@@ -13,4 +13,7 @@ namespace lab::page {
 /// direction of writing the six "\u202e".
 std::string ScriptData(const Json::Value& value);
 
+/// The value with every text and name Printable.
+Json::Value PrintableJson(const Json::Value& value);
+
 }  // namespace lab::page

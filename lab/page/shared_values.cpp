@@ -174,7 +174,8 @@ std::optional<std::string> SharedValues::Share(std::string_view json) {
   const auto value = ParseJson(json);
   if (!value) return std::nullopt;
   try {
-    return SharingPass(JsonLine(*value), true, *this).Whole();
+    // Before the library writes it, which makes other characters of bytes that are no UTF-8.
+    return SharingPass(JsonLine(PrintableJson(*value)), true, *this).Whole();
   } catch (const OtherText&) {  // nested too deep
     Cut(size);
     return std::nullopt;

@@ -111,7 +111,7 @@ class PageOfAHousehold(PageCase):
     def test_shows_the_household_before_and_after(self):
         text = self.text()
         self.assertIn("migrated-with-fallbacks", self.text(".facts"))
-        self.assertIn("A security word is unknown, so the network uses WPA2", text)
+        self.assertIn("A security setting was not recognised, so the network uses WPA2", text)
         self.assertIn("What to do: Choose the security anew.", text)
         for part in ["Primary Network", "Guest Network", "Radios", "WPS", "Log", "Files"]:
             self.assertIn(part, [heading.text for heading in self.all("h2")])
@@ -190,7 +190,7 @@ class PageOfAFleet(PageCase):
     def test_shows_the_fleet_at_a_glance(self):
         self.assertEqual(self.text("h1"), "Rehearsal of 10,000 devices")
         self.assertIn("6,000 (60.0 %)", self.chart_link("migrated").text)
-        self.assertIn("2,000 (20.0 %)", self.chart_link("security word is unknown").text)
+        self.assertIn("2,000 (20.0 %)", self.chart_link("security setting was not recognised").text)
         self.assertIn("100 (1.0 %)", self.one(".chart a[href='#finding=ssid-lost']").text)
         found = [link.get_attribute("href").partition("#finding=")[2] for link in self.all(".chart a[href^='#finding=']")]
         self.assertEqual(found, ["security-unknown", "ssid-lost", "archive-stopped"], "those that break come first")
@@ -217,7 +217,7 @@ class PageOfAFleet(PageCase):
         self.wait(lambda: self.count() == "Devices 1 to 50 of 2,000")
         self.assertIn("device-00004", self.rows()[0].text)
         self.assertEqual(self.chart_link("failed").get_attribute("aria-current"), "true")
-        self.chart_link("security word is unknown").click()
+        self.chart_link("security setting was not recognised").click()
         self.wait(lambda: "device-00003" in self.rows()[0].text)
         self.assertIsNone(self.chart_link("failed").get_attribute("aria-current"))
 
@@ -276,7 +276,7 @@ class PageOfAFleet(PageCase):
     def test_tells_of_a_device_without_settings_what_it_knows(self):
         self.open("#device=3")
         text = self.text()
-        self.assertIn("A security word is unknown", text)
+        self.assertIn("A security setting was not recognised", text)
         self.assertIn("Invalid security mode: WPA2", text)
         self.assertIn("/usr/kelp/etc/wifi/wifi_nvram", text)
         self.assertIn("--details", text)

@@ -76,7 +76,7 @@ TEST(DetectFindings, TellsDocumentsThatAreNotJson) {
 }
 
 TEST(DetectFindings, TellsLegacyFilesThatAreLost) {
-  for (const std::string path :
+  for (const std::string& path :
        {std::string(Household::kPolicy), std::string(Household::kGuestPolicy),
         std::string(Household::kBroadcast), std::string(Household::kWPS), std::string(Household::k5),
         kWifi + "lbd.conf", kWifi + "lbd.guest.conf", kWifi + "wifi_nvram"}) {
