@@ -112,7 +112,7 @@ class PageOfAHousehold(PageCase):
         text = self.text()
         self.assertIn("migrated-with-fallbacks", self.text(".facts"))
         self.assertIn("A security setting was not recognised, so the network uses WPA2", text)
-        self.assertIn("What to do: Choose the security anew.", text)
+        self.assertIn("What to do: Choose the security setting again.", text)
         for part in ["Primary Network", "Guest Network", "Radios", "WPS", "Log", "Files"]:
             self.assertIn(part, [heading.text for heading in self.all("h2")])
         self.assertIn("Security\nsecurity\nWPA2 4, WPA2 fell back", [row.text for row in self.all("tr.marked")])
