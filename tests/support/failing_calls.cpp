@@ -20,6 +20,7 @@ namespace {
 
 FailingCalls* current = nullptr;
 std::thread::id current_thread;
+thread_local std::string_view failing_start;
 
 }  // namespace
 
@@ -75,6 +76,14 @@ bool FailingCalls::MustFail(const char* name) {
   return fails;
 }
 
+FailingFormat::FailingFormat(std::string_view start) {
+  failing_start = start;
+}
+
+FailingFormat::~FailingFormat() {
+  failing_start = {};
+}
+
 }  // namespace testing_support
 
 namespace {
@@ -82,6 +91,13 @@ namespace {
 bool Fails(const char* name) {
   testing_support::FailingCalls* const calls = testing_support::FailingCalls::Current();
   return calls != nullptr && calls->MustFail(name);
+}
+
+bool FormatFails(const char* format) {
+  using testing_support::failing_start;
+  if (failing_start.empty() || !std::string_view(format).starts_with(failing_start)) return Fails("vsnprintf");
+  errno = EILSEQ;
+  return true;
 }
 
 }  // namespace
@@ -93,14 +109,14 @@ extern "C" {
 
 int __real_vsnprintf(char* text, std::size_t size, const char* format, std::va_list arguments);
 int __wrap_vsnprintf(char* text, std::size_t size, const char* format, std::va_list arguments) {
-  return Fails("vsnprintf") ? -1 : __real_vsnprintf(text, size, format, arguments);
+  return FormatFails(format) ? -1 : __real_vsnprintf(text, size, format, arguments);
 }
 
 int __real___vsnprintf_chk(char* text, std::size_t size, int flag, std::size_t room, const char* format,
                            std::va_list arguments);
 int __wrap___vsnprintf_chk(char* text, std::size_t size, int flag, std::size_t room, const char* format,
                            std::va_list arguments) {
-  return Fails("vsnprintf") ? -1 : __real___vsnprintf_chk(text, size, flag, room, format, arguments);
+  return FormatFails(format) ? -1 : __real___vsnprintf_chk(text, size, flag, room, format, arguments);
 }
 
 ssize_t __real_read(int file, void* bytes, std::size_t size);

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace testing_support {
@@ -42,6 +43,16 @@ class FailingCalls {
   std::vector<std::string> made_;
   std::size_t largest_write_ = static_cast<std::size_t>(-1);
   bool busy_ = false;
+};
+
+/// While this lives the C library reports an error for each of the calling thread's formats that start with
+/// `start` (a literal). One at a time.
+class FailingFormat {
+ public:
+  explicit FailingFormat(std::string_view start);
+  FailingFormat(const FailingFormat&) = delete;
+  FailingFormat& operator=(const FailingFormat&) = delete;
+  ~FailingFormat();
 };
 
 }  // namespace testing_support

@@ -119,7 +119,7 @@ std::string DatagramAt(std::optional<std::time_t> moment) {
 }
 
 TEST(LogFailures, StampsAreThoseOfTheCLocale) {
-  const std::string rest = " base_failure_tests: text";
+  const std::string rest = " failure_tests: text";
   EXPECT_EQ(DatagramAt(0), "<11>Jan  1 00:00:00" + rest);
   EXPECT_EQ(DatagramAt(1'770'609'845), "<11>Feb  9 04:04:05" + rest);
   EXPECT_EQ(DatagramAt(1'772'323'199), "<11>Feb 28 23:59:59" + rest);

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "builders/broadcast_detect_setting.h"
-#include "tests/builders/failing_platform.h"
+#include "tests/support/failing_platform.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"
 

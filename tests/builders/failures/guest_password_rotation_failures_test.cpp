@@ -4,7 +4,7 @@
 #include "builders/network_setting.h"
 #include "platform/exceptions.h"
 #include "tests/support/failing_allocation.h"
-#include "tests/support/failing_format.h"
+#include "tests/support/failing_calls.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"
 

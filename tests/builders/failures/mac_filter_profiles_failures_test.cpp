@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "builders/mac_filter_profiles.h"
-#include "tests/builders/failing_platform.h"
+#include "tests/support/failing_platform.h"
 #include "tests/support/failing_allocation.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"

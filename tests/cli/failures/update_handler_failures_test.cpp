@@ -6,7 +6,7 @@
 #include <string>
 
 #include "cli/update_handler.h"
-#include "tests/cli/failing_facts.h"
+#include "tests/support/failing_platform.h"
 #include "tests/migration/legacy_household.h"
 #include "tests/support/captured_streams.h"
 #include "tests/support/failing_allocation.h"
@@ -24,7 +24,8 @@ using testing_support::LogLines;
 TEST(UpdateHandlerFailures, WhatIsNoStandardExceptionIsLetThrough) {
   testing_support::TestDevice device;
   device.WriteInfo({{"kelpbios", "orchid"}, {"mesh_network_role", "re"}});
-  const testing_support::FailingFacts failing;
+  testing_support::FailingPlatform failing;
+  failing.model_throws = true;
   ConsoleResult result;
   EXPECT_THROW(
       device.Run([&] { result = testing_support::RunOnConsole([] { return UpdateConfig("9300"); }); }), int);

@@ -5,7 +5,7 @@
 #include "legacy/interface_mac.h"
 #include "legacy/radios.h"
 #include "platform/exceptions.h"
-#include "tests/support/failing_format.h"
+#include "tests/support/failing_calls.h"
 
 namespace KELP::Wifi::Updater {
 namespace {

@@ -5,13 +5,13 @@
 
 #include "legacy/device_facts.h"
 #include "legacy/legacy_value.h"
-#include "tests/legacy/failing_reads.h"
+#include "tests/support/failing_platform.h"
 #include "tests/support/test_device.h"
 
 namespace KELP::Wifi::Updater {
 namespace {
 
-using testing_support::FailingReads;
+using testing_support::FailingPlatform;
 using testing_support::LogLines;
 
 constexpr const char* kFile = "/usr/kelp/etc/wifi/wifi_wps";
@@ -31,8 +31,8 @@ class LegacySourceFailures : public ::testing::Test {
 
 TEST_F(LegacySourceFailures, LegacyValueIsTheDefaultWhateverIsThrown) {
   device_.Files().Write(kFile, "one=1\ntwo=2\n");
-  FailingReads failing;
-  failing.key = "one";
+  FailingPlatform failing;
+  failing.key_that_throws = "one";
   EXPECT_EQ(device_.Run([] { return ReadLegacyValue(kFile, "one", "default"); }), "default");
   EXPECT_EQ(device_.Log(), LogLines{});
   EXPECT_EQ(device_.Run([] { return ReadLegacyValue(kFile, "two", "default"); }), "2");
@@ -41,18 +41,18 @@ TEST_F(LegacySourceFailures, LegacyValueIsTheDefaultWhateverIsThrown) {
 TEST_F(LegacySourceFailures, MeshRoleLetsThroughWhatIsNoStandardException) {
   device_.WriteInfo({{"mesh_network_role", "none"}});
   device_.Files().Write(kMeshFile, R"({"repeater_nodes": []})");
-  FailingReads failing;
-  failing.key = "mesh_network_role";
+  FailingPlatform failing;
+  failing.key_that_throws = "mesh_network_role";
   ExpectPassesToTheCaller([] { return GetMeshRole(); });
-  failing.key = "";
-  failing.document = kMeshFile;
+  failing.key_that_throws = "";
+  failing.document_that_throws = kMeshFile;
   ExpectPassesToTheCaller([] { return GetMeshRole(); });
 }
 
 TEST_F(LegacySourceFailures, TopologyLetsThroughWhatIsNoStandardException) {
   device_.WriteInfo({{"net_topology", "bridge"}});
-  FailingReads failing;
-  failing.key = "net_topology";
+  FailingPlatform failing;
+  failing.key_that_throws = "net_topology";
   ExpectPassesToTheCaller([] { return GetNetTopology({}); });
 }
 

@@ -11,9 +11,9 @@
 #include "migration/migrate_125_to_13.h"
 #include "migration/migrate_13_global_files.h"
 #include "platform/exceptions.h"
-#include "tests/migration/failing_device.h"
+#include "tests/support/failing_platform.h"
 #include "tests/migration/legacy_household.h"
-#include "tests/support/failing_format.h"
+#include "tests/support/failing_calls.h"
 #include "tests/support/json_text.h"
 #include "tests/support/test_device.h"
 
@@ -22,7 +22,7 @@ namespace {
 
 using std::filesystem::filesystem_error;
 using ::testing::ElementsAre;
-using testing_support::FailingDevice;
+using testing_support::FailingPlatform;
 using testing_support::FailingFormat;
 using testing_support::LogLines;
 
@@ -54,7 +54,7 @@ TEST(ArchiveFlush, StandsBehindTheArchiveAndBeforeTheFirstMoveWhetherTheArchiveW
     if (is_there) device.Files().MakeDirectory("/usr/kelp/etc/wifi/legacy");
     device.Files().Write("/etc/a", "a");
     device.Files().Write("/etc/b", "b");
-    const FailingDevice watched;
+    const FailingPlatform watched;
     device.Run([] { ArchiveLegacyFiles({"/etc/b", "/etc/a"}); });
     EXPECT_THAT(watched.steps, ElementsAre("flush /usr/kelp/etc/wifi/", "rename /etc/a", "rename /etc/b"));
   }
@@ -64,7 +64,7 @@ TEST(ArchiveFlush, FailsWithTheArchiveMadeAndNothingMoved) {
   testing_support::TestDevice device;
   device.Files().MakeDirectory("/usr/kelp/etc/wifi");
   device.Files().Write("/etc/a", "a");
-  FailingDevice failing;
+  FailingPlatform failing;
   failing.flush_fails = true;
   EXPECT_EQ(device.RunThrowing<std::system_error>([] { ArchiveLegacyFiles({"/etc/a"}); }),
             "cannot flush directory /usr/kelp/etc/wifi/: Input/output error");
@@ -78,7 +78,7 @@ using testing_support::LegacyHousehold;
 
 /// The questions about USB 3 and WPS of a migration.
 std::vector<std::string> QuestionsOf(LegacyHousehold& household) {
-  const FailingDevice watched;
+  const FailingPlatform watched;
   household.Run([&] { Migrate125To13(household.context); });
   std::vector<std::string> questions = watched.questions;
   std::erase_if(questions, [](const std::string& question) {
@@ -121,7 +121,7 @@ class RemovalFailureTest : public ::testing::Test {
   }
 
   void MigrateWithout(const char* path) {
-    FailingDevice failing;
+    FailingPlatform failing;
     failing.path_that_stays = path;
     EXPECT_THROW(device_.Run([] { Migrate13GlobalFiles({}); }), filesystem_error);
     EXPECT_EQ(device_.Log(), LogLines{});
@@ -133,7 +133,7 @@ class RemovalFailureTest : public ::testing::Test {
 };
 
 TEST_F(RemovalFailureTest, NothingIsRemovedBeforeTheDocumentIsDurable) {
-  const FailingDevice watched;
+  const FailingPlatform watched;
   device_.Run([] { Migrate13GlobalFiles({}); });
   EXPECT_THAT(watched.steps,
               ElementsAre("save /usr/kelp/etc/wifi/global.json", "flush /usr/kelp/etc/wifi/",
@@ -141,7 +141,7 @@ TEST_F(RemovalFailureTest, NothingIsRemovedBeforeTheDocumentIsDurable) {
 }
 
 TEST_F(RemovalFailureTest, NothingIsRemovedWhenTheFlushFails) {
-  FailingDevice failing;
+  FailingPlatform failing;
   failing.flush_fails = true;
   EXPECT_EQ(device_.RunThrowing<std::system_error>([] { Migrate13GlobalFiles({}); }),
             "cannot flush directory /usr/kelp/etc/wifi/: Input/output error");
@@ -151,7 +151,7 @@ TEST_F(RemovalFailureTest, NothingIsRemovedWhenTheFlushFails) {
 }
 
 TEST_F(RemovalFailureTest, FileThatIsGoneAlreadyIsNoFailure) {
-  FailingDevice failing;
+  FailingPlatform failing;
   failing.path_that_goes_before = kModelFile;
   device_.Run([] { Migrate13GlobalFiles({}); });
   EXPECT_FALSE(device_.Files().Exists(kModelFile));
@@ -176,9 +176,9 @@ TEST(GlobalSettingsFailure, OnlyStandardExceptionsFallBack) {
   testing_support::TestDevice device;
   device.WriteInfo({{"country_code", "DE"}, {"mesh_swap_backhaul_band", "yes"}});
   device.Files().MakeDirectory("/usr/kelp/etc/wifi");
-  FailingDevice failing;
+  FailingPlatform failing;
   for (const char* key : {"country_code", "mesh_swap_backhaul_band"}) {
-    failing.information_that_throws = key;
+    failing.key_that_throws = key;
     EXPECT_THROW(device.Run([] { MigrateGlobalSettings({}); }), int) << key;
     EXPECT_EQ(device.Log(), LogLines{});
     EXPECT_FALSE(device.Files().Exists(kDocument));
