@@ -17,6 +17,13 @@ lab::RunResult RunRefused(const std::string& image, const std::string& build, co
   return lab::RunProgram(device, KELP_REFUSING_PROGRAM, {"--update-config", build}, options);
 }
 
+class RefusedMemory : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (lab::kSanitizedBuild) GTEST_SKIP() << "the sanitizers have an allocator of their own";
+  }
+};
+
 /// Refuses from the `first` allocation of a whole run on, then from every `step`th.
 void ExpectRunsToEndInAReport(const std::string& image, const std::string& build, long first, long step) {
   const lab::RunResult whole = RunRefused(image, build, "");
@@ -34,19 +41,19 @@ void ExpectRunsToEndInAReport(const std::string& image, const std::string& build
   }
 }
 
-TEST(RefusedMemory, EveryRunWithNothingToDoEndsInAReport) {
+TEST_F(RefusedMemory, EveryRunWithNothingToDoEndsInAReport) {
   ExpectRunsToEndInAReport("dual-band-standalone", "9300", 0, 1);
 }
 
-TEST(RefusedMemory, EveryMigrationOfTheGlobalFilesEndsInAReport) {
+TEST_F(RefusedMemory, EveryMigrationOfTheGlobalFilesEndsInAReport) {
   ExpectRunsToEndInAReport("release-13-mesh", "9000", 0, 1);
 }
 
-TEST(RefusedMemory, EveryMigrationOfAHouseholdEndsInAReport) {
+TEST_F(RefusedMemory, EveryMigrationOfAHouseholdEndsInAReport) {
   ExpectRunsToEndInAReport("tri-band-mesh-router", "8227", 0, 7);
 }
 
-TEST(RefusedMemory, ReportHasTheBuildNumberEvenWhereMemoryIsRefusedBeforeItIsRead) {
+TEST_F(RefusedMemory, ReportHasTheBuildNumberEvenWhereMemoryIsRefusedBeforeItIsRead) {
   const lab::RunResult run = RunRefused("dual-band-standalone", " 9300 as typed", "REFUSED_FROM=0");
   ExpectFailure(run, " 9300 as typed", "std::bad_alloc");
 }

@@ -28,6 +28,40 @@ std::optional<lab::ForeignMachine> MachineUnderTest() {
   return lab::ForeignMachine{emulator, FromEnvironment("KELP_TEST_LIBRARIES", "/")};
 }
 
+void CopyCounters(const std::filesystem::path& from, const std::filesystem::path& to) {
+  for (const auto& file : std::filesystem::recursive_directory_iterator(from)) {
+    if (file.path().extension() != ".gcda") continue;
+    const std::filesystem::path copy = to / file.path().lexically_relative(from);
+    std::filesystem::create_directories(copy.parent_path());
+    std::filesystem::copy_file(file.path(), copy, std::filesystem::copy_options::overwrite_existing);
+  }
+}
+
+/// The counters of a program that scripts/coverage built, in the folder that KELP_COUNTERS names: the device gets
+/// them while the program runs, which adds to them.
+class Counters {
+ public:
+  explicit Counters(lab::PrivateRoot& device) : device_(device), host_(FromEnvironment("KELP_COUNTERS", "")) {
+    if (IsCounted()) CopyCounters(host_, Place());
+  }
+  Counters(const Counters&) = delete;
+  Counters& operator=(const Counters&) = delete;
+  ~Counters() {
+    if (!IsCounted()) return;
+    CopyCounters(Place(), host_);
+    device_.Remove(kFolder);
+  }
+
+  bool IsCounted() const { return !host_.empty(); }
+  static constexpr const char* kFolder = "/counters";
+
+ private:
+  std::filesystem::path Place() const { return device_.Path() / "counters" / host_.relative_path(); }
+
+  lab::PrivateRoot& device_;
+  std::filesystem::path host_;
+};
+
 std::filesystem::path ProgramUnderTest() {
   return FromEnvironment("KELP_TEST_PROGRAM", KELP_PROGRAM);
 }
@@ -48,7 +82,12 @@ lab::RunResult RunUpdater(lab::PrivateRoot& device, const std::vector<std::strin
                           const lab::RunOptions& options) {
   lab::RunOptions on_machine = options;
   on_machine.machine = MachineUnderTest();
+  const Counters counters(device);
+  if (counters.IsCounted()) on_machine.environment.push_back(std::string("GCOV_PREFIX=") + Counters::kFolder);
   lab::RunResult run = lab::RunProgram(device, ProgramUnderTest(), arguments, on_machine);
+  for (lab::Tree* tree : {&run.before, &run.after}) {
+    std::erase_if(*tree, [](const auto& entry) { return entry.first.starts_with(Counters::kFolder); });
+  }
   lab::CollectDocuments(run.before, run.after);
   return run;
 }

@@ -106,7 +106,7 @@ TEST_P(SecondPlatform, IsMigratedAsTheContractImplies) {
     texts += document->second.content;
   }
   EXPECT_EQ(run.after.at(kFolder + "journal").content, journal);
-  EXPECT_EQ(texts, TextOf(KELP_EXPECTED_DOCUMENTS "/" + sample.device));
+  EXPECT_EQ(texts, TextOf(KELP_EXPECTED_ON_SECOND_PLATFORM "/" + sample.device));
   end_to_end::ExpectedRun(sample.device).ExpectPaths(InTermsOfTheStandIn(run, sample.device));
 }
 
