@@ -42,9 +42,10 @@ TEST(Console, OptionWordIsMatchedExactly) {
   }
 }
 
-TEST(Console, EmptyOptionIsAnUnknownOne) {
+TEST(Console, OptionIsTheFirstArgumentAnEmptyOneToo) {
   ExpectUsageError({""}, "Invalid option: \n\n");
   ExpectUsageError({"", "--update-config", "9000"}, "Invalid option: \n\n");
+  ExpectUsageError({"9300", "--update-config"}, "Invalid option: 9300\n\n");
 }
 
 TEST(Console, UnknownOptionIsShownAsItWasTyped) {
