@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <limits>
-#include <tuple>
+#include <string>
+#include <utility>
 
 #include "lab/images/secret_seal.h"
 #include "tests/support/record_printing.h"
@@ -22,43 +24,19 @@ constexpr const char* kKey = "8f1d5c3b7a9e02644d6b8890aabbccddeeff00112233445566
 constexpr bool kPrimary = false;
 constexpr bool kGuest = true;
 
-/// What a file without any keys gives.
+/// What a file without any keys gives; the rest is zero, false or empty.
 FeatureSetting Defaults() {
-  FeatureSetting setting;
-  setting.enabled = false;
+  FeatureSetting setting{};
   setting.frequency = RadioFrequency::Band2_4GHz;
-  setting.ssid = "";
-  setting.display_ssid = false;
   setting.max_num_client = 256;
-  setting.restrict_guest_access = false;
   setting.security = 4;
-  setting.password = "";
-  setting.auth_server_ip = "";
-  setting.auth_server_port = 0;
-  setting.schedule_enabled = false;
   setting.schedule_kind = 1;
-  setting.schedule = "";
-  setting.preset_number = 0;
-  setting.preset_flag = false;
   setting.mac_filter_profile_id = -1;
-  setting.guestPasswordRotation.enable = false;
   setting.guestPasswordRotation.date_type = 1;
   setting.guestPasswordRotation.strength = 1;
   setting.guestPasswordRotation.date = "2021-01-01 00:00";
   setting.guestPasswordRotation.week_day = "0,1,2,3,4,5,6";
-  setting.guestPasswordRotation.notify_enable = false;
-  setting.guestPasswordRotation.mail_list = {};
-  setting.pmf_mode = 0;
-  setting.ampdu = false;
-  setting.uapsd_enable = false;
-  setting.ap_mumimo = false;
-  setting.ap_enable_11r = false;
-  setting.ap_mcast_translating = false;
-  setting.country_abbrev_override_enable = false;
-  setting.ap_isolation = false;
   setting.preset_on = true;
-  setting.enable_ext_nss = false;
-  setting.sc_disable_legacy_steering = false;
   setting.key_rotation = 3600;
   setting.dtim = 4;
   return setting;
@@ -94,31 +72,33 @@ class FeatureSettingTest : public ::testing::Test {
     device_.WriteEntries(kFile, entries);
     return Build(is_guest);
   }
+  /// That in each network `text` under its own key, and under no other, gives the field `value`.
+  template <typename T>
+  void ExpectSets(const std::string& key, T FeatureSetting::*field, const std::string& text, const T& value) {
+    SCOPED_TRACE(key + "=" + text);
+    EXPECT_EQ(Build(kPrimary, {{key, text}}), DefaultsBut(field, value));
+    EXPECT_EQ(Build(kGuest, {{"guest_" + key, text}}), DefaultsBut(field, value));
+    EXPECT_EQ(Build(kPrimary, {{"guest_" + key, text}}), Defaults());
+    EXPECT_EQ(Build(kGuest, {{key, text}, {"guest_guest_" + key, text}}), Defaults());
+  }
 
   testing_support::TestDevice device_;
 };
 
 // Defaults
 
-TEST_F(FeatureSettingTest, FileWithoutKeysGivesTheDefaultsAndThreeLinesInOrder) {
-  EXPECT_EQ(Build(kPrimary, {}), Defaults());
-  EXPECT_EQ(device_.Log(), LinesOfDefaults());
-}
-
-TEST_F(FeatureSettingTest, GuestOfAFileWithoutKeysGivesTheSame) {
-  EXPECT_EQ(Build(kGuest, {}), Defaults());
-  EXPECT_EQ(device_.Log(), LinesOfDefaults());
-}
-
-TEST_F(FeatureSettingTest, MissingFileGivesTheSameAsOneWithoutKeys) {
-  EXPECT_EQ(Build(kPrimary), Defaults());
-  EXPECT_EQ(device_.Log(), LinesOfDefaults());
-}
-
-TEST_F(FeatureSettingTest, DirectoryInTheFilesPlaceGivesTheSameAsAFileWithoutKeys) {
+TEST_F(FeatureSettingTest, FileThatIsMissingOrHasNoKeysGivesTheDefaultsAndThreeLinesInOrder) {
+  const auto expect_defaults = [&](bool is_guest) {
+    EXPECT_EQ(Build(is_guest), Defaults());
+    EXPECT_EQ(device_.Log(), LinesOfDefaults());
+  };
+  expect_defaults(kPrimary);
   device_.Files().MakeDirectory(kFile);
-  EXPECT_EQ(Build(kPrimary), Defaults());
-  EXPECT_EQ(device_.Log(), LinesOfDefaults());
+  expect_defaults(kPrimary);
+  device_.Files().Remove(kFile);
+  device_.WriteEntries(kFile, {});
+  expect_defaults(kPrimary);
+  expect_defaults(kGuest);
 }
 
 TEST_F(FeatureSettingTest, MembersWithoutALegacyKeyCannotBeSet) {
@@ -179,108 +159,52 @@ TEST_F(FeatureSettingTest, NoFactOfTheDeviceMatters) {
 
 // Flags
 
-struct Flag {
-  const char* key;
-  bool FeatureSetting::*field;
-};
-
-void PrintTo(const Flag& flag, std::ostream* out) {
-  *out << flag.key;
-}
-
-class FlagTest : public FeatureSettingTest, public ::testing::WithParamInterface<Flag> {};
-
-TEST_P(FlagTest, YesSetsItsFieldAndNoOther) {
-  const auto& [key, field] = GetParam();
-  EXPECT_EQ(Build(kPrimary, {{key, "yes"}}), DefaultsBut(field, true));
-  EXPECT_EQ(Build(kGuest, {{std::string("guest_") + key, "yes"}}), DefaultsBut(field, true));
-}
-
-TEST_P(FlagTest, TheOtherNetworksKeySetsNothing) {
-  const auto& [key, field] = GetParam();
-  EXPECT_EQ(Build(kPrimary, {{std::string("guest_") + key, "yes"}}), Defaults());
-  EXPECT_EQ(Build(kGuest, {{key, "yes"}}), Defaults());
-  EXPECT_EQ(Build(kGuest, {{std::string("guest_guest_") + key, "yes"}}), Defaults());
-}
-
-TEST_P(FlagTest, AnyOtherWordIsFalse) {
-  const auto& [key, field] = GetParam();
-  for (const char* word : {"Yes", "YES", "yes ", " yes", "ye", "yess", "y", "1", "true", "on", "no", ""}) {
-    EXPECT_EQ(Build(kPrimary, {{key, word}}), Defaults()) << '"' << word << '"';
+TEST_F(FeatureSettingTest, FlagsAreTheExactWordYesOfTheirNetworksKeys) {
+  const std::pair<const char*, bool FeatureSetting::*> flags[] = {
+      {"enabled", &FeatureSetting::enabled},
+      {"display_ssid", &FeatureSetting::display_ssid},
+      {"schedule_enabled", &FeatureSetting::schedule_enabled},
+      {"ampdu", &FeatureSetting::ampdu},
+      {"uapsd_enable", &FeatureSetting::uapsd_enable},
+      {"ap_mumimo", &FeatureSetting::ap_mumimo},
+      {"ap_enable_11r", &FeatureSetting::ap_enable_11r},
+      {"ap_mcast_translating", &FeatureSetting::ap_mcast_translating},
+      {"country_abbrev_override_enable", &FeatureSetting::country_abbrev_override_enable},
+      {"ap_isolation", &FeatureSetting::ap_isolation},
+      {"enable_ext_nss", &FeatureSetting::enable_ext_nss},
+      {"sc_disable_legacy_steering", &FeatureSetting::sc_disable_legacy_steering}};
+  for (const auto& [key, field] : flags) {
+    ExpectSets(key, field, "yes", true);
+    for (const char* word : {"Yes", "YES", "yes ", " yes", "ye", "yess", "y", "1", "true", "on", "no", ""}) {
+      EXPECT_EQ(Build(kPrimary, {{key, word}}), Defaults()) << key << '=' << word;
+    }
+    std::string upper_case = key;
+    for (char& letter : upper_case) letter = static_cast<char>(std::toupper(letter));
+    EXPECT_EQ(Build(kPrimary, {{upper_case, "yes"}}), Defaults());
   }
 }
-
-TEST_P(FlagTest, KeyInUpperCaseSetsNothing) {
-  std::string key = GetParam().key;
-  for (char& letter : key) {
-    if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
-  }
-  EXPECT_EQ(Build(kPrimary, {{key, "yes"}}), Defaults());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    FeatureSetting, FlagTest,
-    ::testing::Values(
-        Flag{"enabled", &FeatureSetting::enabled}, Flag{"display_ssid", &FeatureSetting::display_ssid},
-        Flag{"schedule_enabled", &FeatureSetting::schedule_enabled}, Flag{"ampdu", &FeatureSetting::ampdu},
-        Flag{"uapsd_enable", &FeatureSetting::uapsd_enable}, Flag{"ap_mumimo", &FeatureSetting::ap_mumimo},
-        Flag{"ap_enable_11r", &FeatureSetting::ap_enable_11r},
-        Flag{"ap_mcast_translating", &FeatureSetting::ap_mcast_translating},
-        Flag{"country_abbrev_override_enable", &FeatureSetting::country_abbrev_override_enable},
-        Flag{"ap_isolation", &FeatureSetting::ap_isolation},
-        Flag{"enable_ext_nss", &FeatureSetting::enable_ext_nss},
-        Flag{"sc_disable_legacy_steering", &FeatureSetting::sc_disable_legacy_steering}),
-    [](const auto& test) { return std::string(test.param.key); });
 
 // Guest access
 
-TEST_F(FeatureSettingTest, GuestAccessIsRestrictedByTheWordNo) {
-  EXPECT_EQ(Build(kGuest, {{"guest_allow_access_guest", "no"}}),
-            DefaultsBut(&FeatureSetting::restrict_guest_access, true));
-}
-
-TEST_F(FeatureSettingTest, GuestAccessIsNotRestrictedByAnyOtherWord) {
+TEST_F(FeatureSettingTest, GuestAccessIsRestrictedByTheExactWordNoUnderTheGuestsKey) {
+  const auto restricted = DefaultsBut(&FeatureSetting::restrict_guest_access, true);
+  EXPECT_EQ(Build(kGuest, {{"guest_allow_access_guest", "no"}}), restricted);
   for (const char* word : {"yes", "", "No", "NO", "no ", " no", "n", "not", "0", "false"}) {
     EXPECT_EQ(Build(kGuest, {{"guest_allow_access_guest", word}}), Defaults()) << '"' << word << '"';
   }
-}
-
-TEST_F(FeatureSettingTest, GuestAccessWithoutThePrefixSetsNothing) {
   EXPECT_EQ(Build(kGuest, {{"allow_access_guest", "no"}}), Defaults());
-}
-
-TEST_F(FeatureSettingTest, GuestAccessOfThePrimaryNetworkIsNeverRestricted) {
   EXPECT_EQ(Build(kPrimary, {{"allow_access_guest", "no"}, {"guest_allow_access_guest", "no"}}), Defaults());
 }
 
 // Numbers
 
-struct Number {
-  const char* key;
-  std::int32_t FeatureSetting::*field;
-};
-
-void PrintTo(const Number& number, std::ostream* out) {
-  *out << number.key;
-}
-
-class NumberTest : public FeatureSettingTest, public ::testing::WithParamInterface<Number> {};
-
-TEST_P(NumberTest, SetsItsFieldAndNoOther) {
-  const auto& [key, field] = GetParam();
-  EXPECT_EQ(Build(kPrimary, {{key, "77"}}), DefaultsBut(field, 77));
-  EXPECT_EQ(Build(kGuest, {{std::string("guest_") + key, "77"}}), DefaultsBut(field, 77));
-}
-
-TEST_P(NumberTest, TheOtherNetworksKeySetsNothing) {
-  const auto& [key, field] = GetParam();
-  EXPECT_EQ(Build(kPrimary, {{std::string("guest_") + key, "77"}}), Defaults());
-  EXPECT_EQ(Build(kGuest, {{key, "77"}}), Defaults());
-}
-
-TEST_P(NumberTest, IsTheDecimalNumberAtTheStartOfItsText) {
-  const auto& [key, field] = GetParam();
-  const std::pair<const char*, std::int32_t> kTexts[] = {
+TEST_F(FeatureSettingTest, NumbersAreTheDecimalNumberAtTheStartOfTheirTextOrTheirDefault) {
+  const std::pair<const char*, std::int32_t FeatureSetting::*> numbers[] = {
+      {"max_num_client", &FeatureSetting::max_num_client},
+      {"auth_server_Port", &FeatureSetting::auth_server_port},
+      {"key_rotation", &FeatureSetting::key_rotation},
+      {"dtim", &FeatureSetting::dtim}};
+  const std::pair<const char*, std::int32_t> texts[] = {
       {"0", 0},
       {"64 followed by words", 64},
       {" 42", 42},
@@ -288,65 +212,30 @@ TEST_P(NumberTest, IsTheDecimalNumberAtTheStartOfItsText) {
       {"-1", -1},
       {"+7", 7},
       {"12abc", 12},
-      {"4x", 4},
       {"010", 10},
       {"0x10", 0},
       {"1e3", 1},
       {"8.9", 8},
       {"2147483647", 2147483647},
-      {"-2147483648", std::numeric_limits<std::int32_t>::min()},
-  };
-  for (const auto& [text, value] : kTexts) {
-    EXPECT_EQ(Build(kPrimary, {{key, text}}), DefaultsBut(field, value)) << '"' << text << '"';
+      {"-2147483648", std::numeric_limits<std::int32_t>::min()}};
+  for (const auto& [key, field] : numbers) {
+    ExpectSets(key, field, "77", 77);
+    for (const auto& [text, value] : texts) {
+      EXPECT_EQ(Build(kPrimary, {{key, text}}), DefaultsBut(field, value)) << key << '=' << text;
+    }
+    for (const char* text : {"", " ", "abc", "x4", "-", "+", "- 5", "--5", "\"", "2147483648", "-2147483649",
+                             "3000000000", "4294967296", "99999999999999999999999999"}) {
+      EXPECT_EQ(Build(kPrimary, {{key, text}}), Defaults()) << key << '=' << text;
+      EXPECT_EQ(device_.Log(), LinesOfDefaults());
+    }
   }
 }
 
-TEST_P(NumberTest, IsItsDefaultWhenTheTextIsNoNumberOf32Bits) {
-  const auto& [key, field] = GetParam();
-  for (const char* text : {"", " ", "abc", "x4", "-", "+", "- 5", "--5", "\"", "2147483648", "-2147483649",
-                           "3000000000", "4294967296", "99999999999999999999999999"}) {
-    EXPECT_EQ(Build(kPrimary, {{key, text}}), Defaults()) << '"' << text << '"';
-    EXPECT_EQ(device_.Log(), LinesOfDefaults());
-  }
+TEST_F(FeatureSettingTest, TextsStandAsTheyAre) {
+  const std::string text = "  Mon 08:00-22:00 \\ %s \xff ";
+  ExpectSets("auth_server_ip", &FeatureSetting::auth_server_ip, text, text);
+  ExpectSets("schedule", &FeatureSetting::schedule, text, text);
 }
-
-INSTANTIATE_TEST_SUITE_P(FeatureSetting, NumberTest,
-                         ::testing::Values(Number{"max_num_client", &FeatureSetting::max_num_client},
-                                           Number{"auth_server_Port", &FeatureSetting::auth_server_port},
-                                           Number{"key_rotation", &FeatureSetting::key_rotation},
-                                           Number{"dtim", &FeatureSetting::dtim}),
-                         [](const auto& test) { return std::string(test.param.key); });
-
-// Texts that stand as they are
-
-struct Text {
-  const char* key;
-  std::string FeatureSetting::*field;
-};
-
-void PrintTo(const Text& text, std::ostream* out) {
-  *out << text.key;
-}
-
-class TextTest : public FeatureSettingTest, public ::testing::WithParamInterface<Text> {};
-
-TEST_P(TextTest, SetsItsFieldAndNoOther) {
-  const auto& [key, field] = GetParam();
-  const std::string value = "  Mon 08:00-22:00 \\ %s \xff ";
-  EXPECT_EQ(Build(kPrimary, {{key, value}}), DefaultsBut(field, value));
-  EXPECT_EQ(Build(kGuest, {{std::string("guest_") + key, value}}), DefaultsBut(field, value));
-}
-
-TEST_P(TextTest, TheOtherNetworksKeySetsNothing) {
-  const auto& [key, field] = GetParam();
-  EXPECT_EQ(Build(kPrimary, {{std::string("guest_") + key, "text"}}), Defaults());
-  EXPECT_EQ(Build(kGuest, {{key, "text"}}), Defaults());
-}
-
-INSTANTIATE_TEST_SUITE_P(FeatureSetting, TextTest,
-                         ::testing::Values(Text{"auth_server_ip", &FeatureSetting::auth_server_ip},
-                                           Text{"schedule", &FeatureSetting::schedule}),
-                         [](const auto& test) { return std::string(test.param.key); });
 
 TEST_F(FeatureSettingTest, AuthenticationServerIsReadForEverySecurityMode) {
   for (const char* word : {"disabled", "OWE", "WEP", "PERSONAL_WPA3", "ENTERPRISE_WPA3"}) {
@@ -362,23 +251,11 @@ TEST_F(FeatureSettingTest, AuthenticationServerIsReadForEverySecurityMode) {
 
 // SSID
 
-TEST_F(FeatureSettingTest, SsidIsDecoded) {
-  EXPECT_EQ(Build(kPrimary, {{"ssid", "S2VscCBIb21l"}}),
-            DefaultsBut(&FeatureSetting::ssid, std::string("Kelp Home")));
-  EXPECT_EQ(Build(kGuest, {{"ssid", "S2VscCBIb21l"}, {"guest_ssid", "VmlzaXRvcnM="}}),
-            DefaultsBut(&FeatureSetting::ssid, std::string("Visitors")));
-}
-
-TEST_F(FeatureSettingTest, SsidOfTheOtherNetworkIsNotTaken) {
-  EXPECT_EQ(Build(kPrimary, {{"guest_ssid", "VmlzaXRvcnM="}}), Defaults());
-  EXPECT_EQ(Build(kGuest, {{"ssid", "S2VscCBIb21l"}}), Defaults());
-}
-
-TEST_F(FeatureSettingTest, SsidIsBytesInAnyEncoding) {
-  // 32 times 0xFF.
-  EXPECT_EQ(Build(kPrimary, {{"ssid", "//////////////////////////////////////////8="}}).ssid,
-            std::string(32, '\xff'));
-  EXPECT_EQ(Build(kPrimary, {{"ssid", "IlwBCn8="}}).ssid, "\"\\\x01\n\x7f");
+TEST_F(FeatureSettingTest, SsidIsDecodedToBytesInAnyEncoding) {
+  ExpectSets("ssid", &FeatureSetting::ssid, "S2VscCBIb21l", std::string("Kelp Home"));
+  ExpectSets("ssid", &FeatureSetting::ssid,
+             "//////////////////////////////////////////8=", std::string(32, '\xff'));
+  ExpectSets("ssid", &FeatureSetting::ssid, "IlwBCn8=", std::string("\"\\\x01\n\x7f"));
 }
 
 TEST_F(FeatureSettingTest, SsidIsCutAtAnEmbeddedNul) {
@@ -398,57 +275,40 @@ TEST_F(FeatureSettingTest, SsidThatIsNoBase64IsEmptyAndLogged) {
 
 // Security and secret
 
-class SecretTest : public FeatureSettingTest,
-                   public ::testing::WithParamInterface<std::tuple<const char*, int>> {
+class SecretTest : public FeatureSettingTest {
  protected:
-  static bool IsEnterprise(std::int32_t security) { return security >= 8 && security <= 11; }
-
-  Entries Secrets() {
-    return {{"password", lab::SealSecret("primary password", kKey)},
-            {"auth_server_shared_secret", lab::SealSecret("primary shared", kKey)},
-            {"guest_password", lab::SealSecret("guest password", kKey)},
-            {"guest_auth_server_shared_secret", lab::SealSecret("guest shared", kKey)}};
-  }
+  const Entries secrets_{{"password", lab::SealSecret("primary password", kKey)},
+                         {"auth_server_shared_secret", lab::SealSecret("primary shared", kKey)},
+                         {"guest_password", lab::SealSecret("guest password", kKey)},
+                         {"guest_auth_server_shared_secret", lab::SealSecret("guest shared", kKey)}};
 };
 
-TEST_P(SecretTest, PrimarySecretFollowsFromTheSecurityMode) {
-  const auto& [word, security] = GetParam();
-  Entries entries = Secrets();
-  entries.emplace_back("security", word);
-  entries.emplace_back("guest_security", IsEnterprise(security) ? "WEP" : "ENTERPRISE_WPA");
-  FeatureSetting expected = Defaults();
-  expected.security = security;
-  expected.password = IsEnterprise(security) ? "primary shared" : "primary password";
-  EXPECT_EQ(Build(kPrimary, entries), expected);
-  EXPECT_EQ(device_.Log(), LogLines{Error(776, "Invalid pmf mode: , select disabled.")});
+TEST_F(SecretTest, FollowsFromTheSecurityModeOfItsNetwork) {
+  constexpr int kFirstEnterpriseMode = 8;
+  int security = 0;
+  for (const char* word : {"disabled", "OWE", "WEP", "PERSONAL_WPA", "PERSONAL_WPA2", "PERSONAL_WPA3",
+                           "PERSONAL_WPA_MIXED", "PERSONAL_WPA2_WPA3_MIXED", "ENTERPRISE_WPA",
+                           "ENTERPRISE_WPA2", "ENTERPRISE_WPA3", "ENTERPRISE_WPA_MIXED"}) {
+    const bool is_enterprise = security >= kFirstEnterpriseMode;
+    for (const bool is_guest : {kPrimary, kGuest}) {
+      SCOPED_TRACE(Prefixed(word, is_guest));
+      Entries entries = secrets_;
+      entries.emplace_back(Prefixed("security", is_guest), word);
+      entries.emplace_back(Prefixed("security", !is_guest), is_enterprise ? "WEP" : "ENTERPRISE_WPA");
+      FeatureSetting expected = Defaults();
+      expected.security = security;
+      expected.password =
+          std::string(is_guest ? "guest " : "primary ") + (is_enterprise ? "shared" : "password");
+      EXPECT_EQ(Build(is_guest, entries), expected);
+      EXPECT_EQ(device_.Log(), LogLines{Error(776, "Invalid pmf mode: , select disabled.")});
+    }
+    ++security;
+  }
 }
-
-TEST_P(SecretTest, GuestSecretFollowsFromTheGuestSecurityMode) {
-  const auto& [word, security] = GetParam();
-  Entries entries = Secrets();
-  entries.emplace_back("guest_security", word);
-  entries.emplace_back("security", IsEnterprise(security) ? "WEP" : "ENTERPRISE_WPA");
-  FeatureSetting expected = Defaults();
-  expected.security = security;
-  expected.password = IsEnterprise(security) ? "guest shared" : "guest password";
-  EXPECT_EQ(Build(kGuest, entries), expected);
-  EXPECT_EQ(device_.Log(), LogLines{Error(776, "Invalid pmf mode: , select disabled.")});
-}
-
-INSTANTIATE_TEST_SUITE_P(FeatureSetting, SecretTest,
-                         ::testing::Values(std::tuple{"disabled", 0}, std::tuple{"OWE", 1},
-                                           std::tuple{"WEP", 2}, std::tuple{"PERSONAL_WPA", 3},
-                                           std::tuple{"PERSONAL_WPA2", 4}, std::tuple{"PERSONAL_WPA3", 5},
-                                           std::tuple{"PERSONAL_WPA_MIXED", 6},
-                                           std::tuple{"PERSONAL_WPA2_WPA3_MIXED", 7},
-                                           std::tuple{"ENTERPRISE_WPA", 8}, std::tuple{"ENTERPRISE_WPA2", 9},
-                                           std::tuple{"ENTERPRISE_WPA3", 10},
-                                           std::tuple{"ENTERPRISE_WPA_MIXED", 11}),
-                         [](const auto& test) { return std::string(std::get<0>(test.param)); });
 
 TEST_F(SecretTest, UnknownSecurityWordIsWPA2AndTakesThePassword) {
   for (const char* word : {"wpa2", "ENTERPRISE_WPA2 ", "enterprise_wpa2", "ENTERPRISE", ""}) {
-    Entries entries = Secrets();
+    Entries entries = secrets_;
     entries.emplace_back("security", word);
     const FeatureSetting setting = Build(kPrimary, entries);
     EXPECT_EQ(setting.security, 4) << word;
@@ -490,57 +350,35 @@ TEST_F(SecretTest, SecretIsNotBase64DecodedAndSsidNotDecrypted) {
 
 // Protected management frames
 
-TEST_F(FeatureSettingTest, PMFModeIsTranslated) {
-  const std::pair<const char*, std::int32_t> kWords[] = {{"disabled", 0}, {"capable", 1}, {"required", 2}};
-  for (const auto& [word, value] : kWords) {
-    EXPECT_EQ(Build(kPrimary, {{"pmf_mode", word}}), DefaultsBut(&FeatureSetting::pmf_mode, value)) << word;
-    EXPECT_EQ(device_.Log(), (LogLines{Error(760, "Invalid security mode: , select wpa2."),
-                                       Error(589, "Failed to decrypt ssid with ")}));
+TEST_F(FeatureSettingTest, PMFModeOfBothNetworksIsThePrimaryOnes) {
+  const std::pair<const char*, std::int32_t> words[] = {{"disabled", 0}, {"capable", 1}, {"required", 2}};
+  for (const auto& [word, value] : words) {
+    for (const bool is_guest : {kPrimary, kGuest}) {
+      EXPECT_EQ(Build(is_guest, {{"pmf_mode", word}, {"guest_pmf_mode", "maybe"}}),
+                DefaultsBut(&FeatureSetting::pmf_mode, value));
+      EXPECT_EQ(device_.Log(), (LogLines{Error(760, "Invalid security mode: , select wpa2."),
+                                         Error(589, "Failed to decrypt ssid with ")}));
+    }
   }
-}
-
-TEST_F(FeatureSettingTest, GuestTakesThePMFModeOfThePrimaryNetwork) {
-  EXPECT_EQ(Build(kGuest, {{"guest_pmf_mode", "disabled"}, {"pmf_mode", "required"}}),
-            DefaultsBut(&FeatureSetting::pmf_mode, 2));
-}
-
-TEST_F(FeatureSettingTest, GuestPMFKeyIsNeverRead) {
   EXPECT_EQ(Build(kGuest, {{"guest_pmf_mode", "required"}}), Defaults());
   EXPECT_EQ(device_.Log(), LinesOfDefaults());
 }
 
 // Order
 
-TEST_F(FeatureSettingTest, LinesComeInTheOrderSecuritySsidSecretPMF) {
-  EXPECT_EQ(
-      Build(kPrimary, {{"pmf_mode", "maybe"}, {"password", "p!"}, {"ssid", "s!"}, {"security", "wpa9"}}),
-      Defaults());
-  EXPECT_EQ(device_.Log(), (LogLines{Error(760, "Invalid security mode: wpa9, select wpa2."),
-                                     Error(575, "Failed to decode base64 string: s!"),
-                                     Error(589, "Failed to decrypt ssid with p!"),
-                                     Error(776, "Invalid pmf mode: maybe, select disabled.")}));
-}
-
-TEST_F(FeatureSettingTest, GuestLinesComeInTheSameOrder) {
-  EXPECT_EQ(Build(kGuest, {{"pmf_mode", "maybe"},
-                           {"guest_password", "gp!"},
-                           {"guest_ssid", "gs!"},
-                           {"guest_security", "wpa8"},
-                           {"password", "p!"},
-                           {"ssid", "s!"},
-                           {"security", "wpa9"}}),
-            Defaults());
-  EXPECT_EQ(device_.Log(), (LogLines{Error(760, "Invalid security mode: wpa8, select wpa2."),
-                                     Error(575, "Failed to decode base64 string: gs!"),
-                                     Error(589, "Failed to decrypt ssid with gp!"),
-                                     Error(776, "Invalid pmf mode: maybe, select disabled.")}));
-}
-
-TEST_F(FeatureSettingTest, WordsFromTheFileAreNoFormats) {
-  Build(kPrimary, {{"security", "%s%n"}, {"ssid", "%n"}, {"password", "%s%s"}, {"pmf_mode", "%d"}});
+TEST_F(FeatureSettingTest, LinesComeInTheOrderSecuritySsidSecretPMFAndWordsAreNoFormats) {
+  const Entries entries{{"pmf_mode", "%d"},         {"guest_password", "gp!"}, {"guest_ssid", "gs!"},
+                        {"guest_security", "wpa8"}, {"password", "%s%s"},      {"ssid", "%n"},
+                        {"security", "%s%n"}};
+  EXPECT_EQ(Build(kPrimary, entries), Defaults());
   EXPECT_EQ(device_.Log(), (LogLines{Error(760, "Invalid security mode: %s%n, select wpa2."),
                                      Error(575, "Failed to decode base64 string: %n"),
                                      Error(589, "Failed to decrypt ssid with %s%s"),
+                                     Error(776, "Invalid pmf mode: %d, select disabled.")}));
+  EXPECT_EQ(Build(kGuest, entries), Defaults());
+  EXPECT_EQ(device_.Log(), (LogLines{Error(760, "Invalid security mode: wpa8, select wpa2."),
+                                     Error(575, "Failed to decode base64 string: gs!"),
+                                     Error(589, "Failed to decrypt ssid with gp!"),
                                      Error(776, "Invalid pmf mode: %d, select disabled.")}));
 }
 

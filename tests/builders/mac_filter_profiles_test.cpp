@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
 
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"
@@ -61,84 +65,49 @@ class MACFilterTest : public ::testing::Test {
 
 using ReadMACFilterDevicesTest = MACFilterTest;
 
-TEST_F(ReadMACFilterDevicesTest, OneSectionIsOneDevice) {
-  EXPECT_EQ(ReadText(kPhone), kPhoneOnly);
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(ReadMACFilterDevicesTest, DevicesStandInSectionOrder) {
-  EXPECT_EQ(ReadText(Section("z", "yes", "Zed", "00:11:32:00:00:09") +
-                     Section("a", "yes", "Abe", "00:11:32:00:00:03") +
-                     Section("m", "yes", "Mel", "00:11:32:00:00:05")),
-            (Devices{Device("Zed", "00:11:32:00:00:09"), Device("Abe", "00:11:32:00:00:03"),
-                     Device("Mel", "00:11:32:00:00:05")}));
-}
-
-TEST_F(ReadMACFilterDevicesTest, DuplicateAddressesStay) {
-  EXPECT_EQ(ReadText(Section("1", "yes", "One", "00:11:32:00:00:01") +
-                     Section("2", "yes", "One", "00:11:32:00:00:01")),
-            (Devices{Device("One", "00:11:32:00:00:01"), Device("One", "00:11:32:00:00:01")}));
-}
-
-TEST_F(ReadMACFilterDevicesTest, OnlyTheExactWordYesAdmitsADevice) {
-  std::string text;
+TEST_F(ReadMACFilterDevicesTest, EnabledSectionsAreDevicesInTheirOrder) {
+  std::string other_words;
   for (const char* word : {"Yes", "YES", "yes ", " yes", "1", "true", "no", ""}) {
-    text += Section(std::string("s") + word, word, "Out", "00:11:32:00:00:01");
+    other_words += Section(std::string("s") + word, word, "Out", "00:11:32:00:00:01");
   }
-  EXPECT_EQ(ReadText(text), Devices{});
-  EXPECT_EQ(ReadText(text + kTablet), kTabletOnly);
-  EXPECT_EQ(device_.Log(), LogLines{});
+  const MACFilterDevice nameless = Device("", "00:11:32:00:00:03");
+  const std::tuple<const char*, std::string, Devices> cases[] = {
+      {"one", kPhone, kPhoneOnly},
+      {"not sorted, and duplicates stay",
+       Section("z", "yes", "Zed", "00:11:32:00:00:09") + Section("a", "yes", "Abe", "00:11:32:00:00:03") +
+           Section("m", "yes", "Zed", "00:11:32:00:00:09"),
+       {Device("Zed", "00:11:32:00:00:09"), Device("Abe", "00:11:32:00:00:03"),
+        Device("Zed", "00:11:32:00:00:09")}},
+      {"only the exact word yes", other_words + kTablet, kTabletOnly},
+      {"no enable", "[1]\ndesc=Out\nmac=00:11:32:00:00:01\n", {}},
+      {"nothing is carried from one section to the next",
+       kPhone + "[2]\ndesc=No flag\nmac=00:11:32:00:00:02\n[3]\nenable=yes\nmac=00:11:32:00:00:03\n",
+       {kPhoneOnly[0], nameless}},
+      {"no description", "[1]\nenable=yes\nmac=00:11:32:00:00:03\n", {nameless}},
+      {"description as it is",
+       Section("1", "yes", "  Anna's \\ %s \xe4 ", "00:11:32:00:00:01"),
+       {Device("  Anna's \\ %s \xe4 ", "00:11:32:00:00:01")}},
+      {"bad address of a disabled device", Section("1", "no", "Bad", "nonsense") + kTablet, kTabletOnly},
+      {"sections without entries", "[empty]\n[blank]\n\nno entry\n" + kPhone + "[last]\n", kPhoneOnly},
+      {"no name", Section("", "yes", "Phone", "00:11:32:00:00:01"), kPhoneOnly},
+      {"odd name", Section("disabled %s [x]", "yes", "Phone", "00:11:32:00:00:01"), kPhoneOnly},
+      {"empty", "", {}},
+      {"no section", "enable=yes\nmac=00:11:32:00:00:01\n", {}},
+  };
+  for (const auto& [name, text, devices] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(ReadText(text), devices);
+    EXPECT_EQ(device_.Log(), LogLines{});
+  }
 }
 
-TEST_F(ReadMACFilterDevicesTest, SectionWithoutEnableIsLeftOut) {
-  EXPECT_EQ(ReadText("[1]\ndesc=Out\nmac=00:11:32:00:00:01\n"), Devices{});
-}
-
-TEST_F(ReadMACFilterDevicesTest, NothingIsCarriedFromOneSectionToTheNext) {
-  EXPECT_EQ(
-      ReadText(kPhone + "[2]\ndesc=No flag\nmac=00:11:32:00:00:02\n[3]\nenable=yes\nmac=00:11:32:00:00:03\n"),
-      (Devices{Device("Phone", "00:11:32:00:00:01"), Device("", "00:11:32:00:00:03")}));
-  EXPECT_THROW(ReadText(kPhone + "[2]\nenable=yes\ndesc=No address\n"), std::exception);
-}
-
-TEST_F(ReadMACFilterDevicesTest, SectionWithoutADescriptionGivesADeviceWithAnEmptyName) {
-  EXPECT_EQ(ReadText("[1]\nenable=yes\nmac=00:11:32:00:00:01\n"), Devices{Device("", "00:11:32:00:00:01")});
-}
-
-TEST_F(ReadMACFilterDevicesTest, DescriptionIsTakenAsItIs) {
-  EXPECT_EQ(ReadText(Section("1", "yes", "  Anna's \\ %s \xe4 ", "00:11:32:00:00:01")),
-            Devices{Device("  Anna's \\ %s \xe4 ", "00:11:32:00:00:01")});
-}
-
-TEST_F(ReadMACFilterDevicesTest, SectionWithoutAnAddressThrows) {
-  EXPECT_THROW(ReadText("[1]\nenable=yes\ndesc=Phone\n"), std::exception);
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(ReadMACFilterDevicesTest, MalformedAddressThrows) {
-  EXPECT_THROW(ReadText(kPhone + Section("2", "yes", "Bad", "00:11:32:00:00")), std::exception);
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(ReadMACFilterDevicesTest, AddressOfADisabledDeviceIsNotLookedAt) {
-  EXPECT_EQ(ReadText(Section("1", "no", "Bad", "nonsense") + kTablet), kTabletOnly);
-}
-
-TEST_F(ReadMACFilterDevicesTest, SectionsWithoutEntriesAreSkipped) {
-  EXPECT_EQ(ReadText("[empty]\n[blank]\n\nno entry\n" + kPhone + "[last]\n"), kPhoneOnly);
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(ReadMACFilterDevicesTest, SectionNamesCarryNoMeaning) {
-  EXPECT_EQ(ReadText(Section("", "yes", "Phone", "00:11:32:00:00:01")), kPhoneOnly);
-  EXPECT_EQ(ReadText(Section("disabled %s [x]", "yes", "Phone", "00:11:32:00:00:01")), kPhoneOnly);
-}
-
-TEST_F(ReadMACFilterDevicesTest, FileWithoutSectionsHasNoDevices) {
-  EXPECT_EQ(ReadText(""), Devices{});
-  EXPECT_EQ(device_.Log(), LogLines{});
-  EXPECT_EQ(ReadText("enable=yes\nmac=00:11:32:00:00:01\n"), Devices{});
-  EXPECT_EQ(device_.Log(), LogLines{});
+TEST_F(ReadMACFilterDevicesTest, MissingOrMalformedAddressThrows) {
+  for (const std::string& bad :
+       {std::string("[2]\nenable=yes\ndesc=No address\n"), Section("2", "yes", "Bad", "00:11:32:00:00")}) {
+    EXPECT_THROW(ReadText(bad), std::exception);
+    EXPECT_THROW(ReadText(kPhone + bad), std::exception);
+    EXPECT_EQ(device_.Log(), LogLines{});
+  }
 }
 
 TEST_F(ReadMACFilterDevicesTest, ManySectionsAreAllRead) {
@@ -192,143 +161,92 @@ class BuildMACFilterProfilesTest : public MACFilterTest {
     Write(kDenyList, kPhone);
     Write(kAllowList, kTablet);
   }
+
+  const Profiles of_phone_{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly)};
+  const Profiles of_tablet_{PrimaryAllow(0, kTabletOnly), GuestAllow(1, kTabletOnly)};
+  const Profiles all_{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly), PrimaryAllow(2, kTabletOnly),
+                      GuestAllow(3, kTabletOnly)};
 };
 
-TEST_F(BuildMACFilterProfilesTest, WithoutTheFolderThereAreNoProfiles) {
-  EXPECT_EQ(Build(), Profiles{});
-  EXPECT_EQ(device_.Log(), LogLines{});
+TEST_F(BuildMACFilterProfilesTest, EachListWithDevicesMakesAProfileForEachNetwork) {
+  const std::string bad = Section("0", "yes", "Bad", "00:11:32:00:00:0g");
+  const Devices with_duplicate{kTabletOnly[0], kPhoneOnly[0], kTabletOnly[0]};
+  struct Case {
+    const char* name;
+    std::optional<std::string> deny;
+    std::optional<std::string> allow;
+    Profiles profiles;
+  };
+  const Case cases[] = {
+      {"no lists", {}, {}, {}},
+      {"both", kPhone, kTablet, all_},
+      {"deny list", kPhone, {}, of_phone_},
+      {"allow list, from id 0", {}, kTablet, of_tablet_},
+      {"empty list", kPhone, "", of_phone_},
+      {"list without enabled devices takes no ids",
+       Section("1", "Yes", "Phone", "00:11:32:00:00:01") + Section("2", "1", "Pad", "00:11:32:00:00:02"),
+       kTablet, of_tablet_},
+      {"order and duplicates stay",
+       kTablet + kPhone + Section("3", "yes", "Tablet", "00:11:32:00:00:02"),
+       {},
+       {PrimaryDeny(0, with_duplicate), GuestDeny(1, with_duplicate)}},
+      {"malformed address", kPhone + bad, kTablet, {}},
+      {"malformed address in the second list", kPhone, kTablet + bad, {}},
+      {"missing address", kPhone, "[1]\nenable=yes\ndesc=No address\n", {}},
+      {"malformed address of a disabled device",
+       Section("0", "no", "Bad", "00:11:32") + kPhone,
+       {},
+       of_phone_},
+  };
+  for (const Case& list_case : cases) {
+    SCOPED_TRACE(list_case.name);
+    Write(kPrimaryInfo, "policy=disabled\n");  // which decides nothing here
+    for (const auto& [path, text] : {std::pair{kDenyList, list_case.deny}, {kAllowList, list_case.allow}}) {
+      if (text) Write(path, *text);
+    }
+    EXPECT_EQ(Build(), list_case.profiles);
+    EXPECT_EQ(device_.Log(), LogLines{});
+    device_.Files().Remove(kFolder);
+  }
 }
 
-TEST_F(BuildMACFilterProfilesTest, WithoutTheListsThereAreNoProfiles) {
-  Write(kPrimaryInfo, "policy=deny\n");
-  Write(kGuestInfo, "policy=allow\n");
-  EXPECT_EQ(Build(), Profiles{});
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, BothListsMakeFourProfiles) {
+TEST_F(BuildMACFilterProfilesTest, OnlyTheExactGuestPolicyDisabledMakesNoGuestCopies) {
   WriteBothLists();
-  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly),
-                               PrimaryAllow(2, kTabletOnly), GuestAllow(3, kTabletOnly)}));
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, DenyListAloneMakesTwoProfiles) {
-  Write(kDenyList, kPhone);
-  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly)}));
-}
-
-TEST_F(BuildMACFilterProfilesTest, AllowListAloneMakesTwoProfilesFromId0) {
-  Write(kAllowList, kTablet);
-  EXPECT_EQ(Build(), (Profiles{PrimaryAllow(0, kTabletOnly), GuestAllow(1, kTabletOnly)}));
-}
-
-TEST_F(BuildMACFilterProfilesTest, DisabledGuestPolicyMakesNoGuestCopies) {
-  WriteBothLists();
-  Write(kGuestInfo, "policy=disabled\n");
-  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, kPhoneOnly), PrimaryAllow(1, kTabletOnly)}));
-}
-
-TEST_F(BuildMACFilterProfilesTest, EveryOtherGuestPolicyMakesGuestCopies) {
-  WriteBothLists();
-  const Profiles all{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly), PrimaryAllow(2, kTabletOnly),
-                     GuestAllow(3, kTabletOnly)};
   for (const char* word :
        {"deny", "allow", "Disabled", "DISABLED", "disabled ", " disabled", "disable", "off", "no", ""}) {
     Write(kGuestInfo, std::string("policy=") + word + "\n");
-    EXPECT_EQ(Build(), all) << '"' << word << '"';
+    EXPECT_EQ(Build(), all_) << '"' << word << '"';
   }
   Write(kGuestInfo, "guest_policy=disabled\n");
-  EXPECT_EQ(Build(), all);
-}
-
-TEST_F(BuildMACFilterProfilesTest, PrimaryPolicyDecidesNothingHere) {
-  WriteBothLists();
-  Write(kPrimaryInfo, "policy=disabled\n");
-  EXPECT_EQ(Build().size(), 4U);
+  EXPECT_EQ(Build(), all_);
   Write(kGuestInfo, "policy=disabled\n");
-  Write(kPrimaryInfo, "policy=deny\n");
-  EXPECT_EQ(Build().size(), 2U);
-}
-
-TEST_F(BuildMACFilterProfilesTest, ListWithoutEnabledDevicesMakesNoProfilesAndTakesNoIds) {
-  Write(kDenyList,
-        Section("1", "Yes", "Phone", "00:11:32:00:00:01") + Section("2", "1", "Pad", "00:11:32:00:00:02"));
-  Write(kAllowList, kTablet);
-  EXPECT_EQ(Build(), (Profiles{PrimaryAllow(0, kTabletOnly), GuestAllow(1, kTabletOnly)}));
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, EmptyListMakesNoProfiles) {
-  Write(kDenyList, kPhone);
-  Write(kAllowList, "");
-  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly)}));
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, SectionOrderAndDuplicatesStayInEveryCopy) {
-  Write(kDenyList, kTablet + kPhone + Section("3", "yes", "Tablet", "00:11:32:00:00:02"));
-  const Devices devices{Device("Tablet", "00:11:32:00:00:02"), Device("Phone", "00:11:32:00:00:01"),
-                        Device("Tablet", "00:11:32:00:00:02")};
-  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, devices), GuestDeny(1, devices)}));
-}
-
-TEST_F(BuildMACFilterProfilesTest, MalformedAddressEmptiesEverythingSilently) {
-  Write(kDenyList, kPhone + Section("2", "yes", "Bad", "00:11:32"));
-  Write(kAllowList, kTablet);
-  EXPECT_EQ(Build(), Profiles{});
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, MalformedAddressInTheSecondListDiscardsTheFirstToo) {
-  Write(kDenyList, kPhone);
-  Write(kAllowList, kTablet + Section("3", "yes", "Bad", "00:11:32:00:00:0g"));
-  EXPECT_EQ(Build(), Profiles{});
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, MissingAddressEmptiesEverything) {
-  Write(kDenyList, kPhone);
-  Write(kAllowList, "[1]\nenable=yes\ndesc=No address\n");
-  EXPECT_EQ(Build(), Profiles{});
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, MalformedAddressOfADisabledDeviceHarmsNothing) {
-  Write(kDenyList, Section("0", "no", "Bad", "00:11:32") + kPhone);
-  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly)}));
+  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, kPhoneOnly), PrimaryAllow(1, kTabletOnly)}));
 }
 
 TEST_F(BuildMACFilterProfilesTest, FolderInAListsPlaceIsLoggedAndCountsAsEmpty) {
   device_.Files().MakeDirectory(kDenyList);
   Write(kAllowList, kTablet);
-  EXPECT_EQ(Build(), (Profiles{PrimaryAllow(0, kTabletOnly), GuestAllow(1, kTabletOnly)}));
+  EXPECT_EQ(Build(), of_tablet_);
   EXPECT_EQ(device_.Log(),
             LogLines{Error(530, "Failed to enum section from /etc/hostapd/mac_filter/mf_deny.conf")});
 }
 
-TEST_F(BuildMACFilterProfilesTest, LinkToAListIsFollowed) {
-  Write("/etc/lists/deny", kPhone);
-  device_.Files().Link(kDenyList, "/etc/lists/deny");
-  EXPECT_EQ(Build(), (Profiles{PrimaryDeny(0, kPhoneOnly), GuestDeny(1, kPhoneOnly)}));
-}
-
-TEST_F(BuildMACFilterProfilesTest, DanglingLinkIsAMissingList) {
-  device_.Files().Link(kDenyList, "/etc/lists/deny");
+TEST_F(BuildMACFilterProfilesTest, LinksAreFollowedAndADanglingOneIsAMissingList) {
   Write(kAllowList, kTablet);
-  EXPECT_EQ(Build(), (Profiles{PrimaryAllow(0, kTabletOnly), GuestAllow(1, kTabletOnly)}));
+  device_.Files().Link(kDenyList, "/etc/lists/deny");
+  EXPECT_EQ(Build(), of_tablet_);
+  Write("/etc/lists/deny", kPhone);
+  EXPECT_EQ(Build(), all_);
   EXPECT_EQ(device_.Log(), LogLines{});
 }
 
-TEST_F(BuildMACFilterProfilesTest, FileInTheFoldersPlaceIsNoFolder) {
-  Write(kFolder, "");
-  EXPECT_EQ(Build(), Profiles{});
-  EXPECT_EQ(device_.Log(), LogLines{});
-}
-
-TEST_F(BuildMACFilterProfilesTest, ListWhoseExistenceCannotBeTestedEmptiesEverythingSilently) {
+TEST_F(BuildMACFilterProfilesTest, WhatCannotBeTestedEmptiesEverythingSilently) {
   Write(kDenyList, kPhone);
   device_.Files().Link(kAllowList, kAllowList);  // a link to itself
+  EXPECT_EQ(Build(), Profiles{});
+  EXPECT_EQ(device_.Log(), LogLines{});
+  device_.Files().Remove(kFolder);
+  Write(kFolder, "");
   EXPECT_EQ(Build(), Profiles{});
   EXPECT_EQ(device_.Log(), LogLines{});
 }
