@@ -37,8 +37,8 @@ void CopyCounters(const std::filesystem::path& from, const std::filesystem::path
   }
 }
 
-/// The counters of a program that scripts/coverage built, in the folder that KELP_COUNTERS names: the device gets
-/// them while the program runs, which adds to them.
+/// The counters of a program that scripts/coverage built, in the folder that KELP_COUNTERS names: the device
+/// gets them while the program runs, which adds to them.
 class Counters {
  public:
   explicit Counters(lab::PrivateRoot& device) : device_(device), host_(FromEnvironment("KELP_COUNTERS", "")) {

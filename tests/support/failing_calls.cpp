@@ -95,7 +95,8 @@ bool Fails(const char* name) {
 
 bool FormatFails(const char* format) {
   using testing_support::failing_start;
-  if (failing_start.empty() || !std::string_view(format).starts_with(failing_start)) return Fails("vsnprintf");
+  if (failing_start.empty() || !std::string_view(format).starts_with(failing_start))
+    return Fails("vsnprintf");
   errno = EILSEQ;
   return true;
 }

@@ -12,8 +12,8 @@
 #include "platform/records/supported_model.h"
 #include "platform/section_files.h"
 
-// An operation by its name in object files, and the one that the linker calls instead of it (--wrap); the build
-// reads the names from here. std::size_t has another code on 32-bit devices.
+// An operation by its name in object files, and the one that the linker calls instead of it (--wrap); the
+// build reads the names from here. std::size_t has another code on 32-bit devices.
 // clang-format off
 #if __SIZEOF_SIZE_T__ == 8
 #define LIST_ALLOC "_Z16KLIBCSzListAllocm"
@@ -40,9 +40,9 @@
 #define RENAME "_ZNSt10filesystem6renameERKNS_7__cxx114pathES3_"
 // clang-format on
 
-// NAMED(LIST_ALLOC, KLIBCSzList*, ListAlloc, (std::size_t capacity)) begins the definition of WrappedListAlloc, beside
-// RealListAlloc.
-#define NAMED(symbol, result, name, arguments)         \
+// NAMED(LIST_ALLOC, KLIBCSzList*, ListAlloc, (std::size_t capacity)) begins the definition of
+// WrappedListAlloc, beside RealListAlloc.
+#define NAMED(symbol, result, name, arguments)              \
   result Real##name arguments __asm__("__real_" symbol);    \
   result Wrapped##name arguments __asm__("__wrap_" symbol); \
   result Wrapped##name arguments
@@ -181,7 +181,8 @@ NAMED(FLUSH_DIRECTORY, void, FlushDirectory, (const std::string& path)) {
 NAMED(REMOVE, bool, Remove, (const fs::path& path)) {
   Note("remove", path);
   if (Current() != nullptr && path == Current()->path_that_stays) {
-    throw fs::filesystem_error("cannot remove", path, std::make_error_code(std::errc::device_or_resource_busy));
+    throw fs::filesystem_error("cannot remove", path,
+                               std::make_error_code(std::errc::device_or_resource_busy));
   }
   if (Current() != nullptr && path == Current()->path_that_goes_before) RealRemove(path);
   return RealRemove(path);

@@ -8,8 +8,8 @@
 
 namespace testing_support {
 
-/// While this lives the operations below the migrations, the platform's and the file system library's, fail as it
-/// says, and are noted; the linker puts this between the program and them. One at a time.
+/// While this lives the operations below the migrations, the platform's and the file system library's, fail
+/// as it says, and are noted; the linker puts this between the program and them. One at a time.
 class FailingPlatform {
  public:
   FailingPlatform();

@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "builders/mac_filter_profiles.h"
-#include "tests/support/failing_platform.h"
 #include "tests/support/failing_allocation.h"
+#include "tests/support/failing_platform.h"
 #include "tests/support/record_printing.h"
 #include "tests/support/test_device.h"
 #include "tests/support/without_file_privileges.h"

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "cli/update_handler.h"
-#include "tests/support/failing_platform.h"
 #include "tests/migration/legacy_household.h"
 #include "tests/support/captured_streams.h"
 #include "tests/support/failing_allocation.h"
+#include "tests/support/failing_platform.h"
 #include "tests/support/json_text.h"
 #include "tests/support/test_device.h"
 

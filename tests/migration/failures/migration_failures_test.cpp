@@ -11,9 +11,9 @@
 #include "migration/migrate_125_to_13.h"
 #include "migration/migrate_13_global_files.h"
 #include "platform/exceptions.h"
-#include "tests/support/failing_platform.h"
 #include "tests/migration/legacy_household.h"
 #include "tests/support/failing_calls.h"
+#include "tests/support/failing_platform.h"
 #include "tests/support/json_text.h"
 #include "tests/support/test_device.h"
 
@@ -22,8 +22,8 @@ namespace {
 
 using std::filesystem::filesystem_error;
 using ::testing::ElementsAre;
-using testing_support::FailingPlatform;
 using testing_support::FailingFormat;
+using testing_support::FailingPlatform;
 using testing_support::LogLines;
 
 constexpr const char* kDocument = "/usr/kelp/etc/wifi/global.json";
