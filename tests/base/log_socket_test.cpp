@@ -233,9 +233,12 @@ TEST_F(LogSocket, DaemonOfStreamsThatTakesConnectionsLateGetsEverything) {
   std::vector<lab::Descriptor> connections;  // open until all has been sent
   ReadLate(
       [&] {
-        lab::Descriptor next;
-        got += daemon.ReadFrom(next);
-        if (next.IsOpen()) connections.push_back(std::move(next));
+        while (true) {  // the last one that waits may be the one that sends
+          lab::Descriptor next;
+          got += daemon.ReadFrom(next);
+          if (!next.IsOpen()) break;
+          connections.push_back(std::move(next));
+        }
         for (lab::Descriptor& connection : connections) got += daemon.ReadFrom(connection);
       },
       [&] { EXPECT_EQ(Send("late"), LogResult::Taken); }, 1300ms);
