@@ -49,9 +49,8 @@ struct LockedFolder {
 
 bool HasRoomInMemory(const fs::path& folder) {
   struct statvfs status {};
-  const bool may_write = ::access(folder.c_str(), W_OK) == 0;
-  return may_write && ::statvfs(folder.c_str(), &status) == 0 &&
-         std::uintmax_t{status.f_bavail} * status.f_frsize >= kRoomInMemory;
+  if (::access(folder.c_str(), W_OK) != 0 || ::statvfs(folder.c_str(), &status) != 0) return false;
+  return std::uintmax_t{status.f_bavail} * status.f_frsize >= kRoomInMemory;
 }
 
 /// The folder to make it in.
